@@ -1,0 +1,136 @@
+// dovInit, the acquire functions and DovRelease.
+#include <binder/IPCThreadState.h>
+
+#include <dov/dov.h>
+
+#include "api/binding.h"
+#include "api/trace_name.h"
+
+using DovClient::Resource;
+using namespace dov;
+
+namespace {
+
+// The two command ids that stand for a request without an event.
+constexpr int32_t kPlainResources = -2;
+constexpr int32_t kPlatformResources = -3;
+
+const char* orNone(const std::string& text) {
+    return text.empty() ? "none" : text.c_str();
+}
+
+void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
+                 const std::string& identity, int32_t duration) {
+    // The description starts with a blank of its own, hence two behind the function's name.
+    TraceName(function)
+            .append("  cmd_id:")
+            .append(cmdid)
+            .append(" pkg:")
+            .append(orNone(pkg))
+            .append(" identity:")
+            .append(orNone(identity))
+            .append(" duration:")
+            .append(duration)
+            .mark();
+}
+
+RequestKind kindOf(int32_t cmdid) {
+    if (cmdid == kPlainResources) return kResourceControl;
+    if (cmdid == kPlatformResources) return kPlatformControl;
+    return kEventAcquire;
+}
+
+MirxRequestParcel makeParcel(int32_t cmdid, const std::string& pkg, const std::string& identity,
+                             int32_t duration, const std::vector<Resource>& resources) {
+    MirxRequestParcel parcel;
+    parcel.requestType = kindOf(cmdid);
+    parcel.packageName = pkg;
+    parcel.identity = identity;
+    parcel.duration = duration;
+    std::vector<MirxRequestData> data;
+    data.reserve(resources.size() + 1);
+    if (parcel.requestType == kEventAcquire) data.emplace_back().id = cmdid;
+    for (const Resource& resource : resources) {
+        MirxRequestData& element = data.emplace_back();
+        element.id = resource.opcode;
+        element.value = resource.value;
+    }
+    parcel.requestData = std::move(data);
+    return parcel;
+}
+
+void logRequestError(int32_t handle) {
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "mirxResCtlRequest error:%d", handle);
+}
+
+}  // namespace
+
+int32_t dovInit() {
+    // At error priority: callers look for it there.
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "dovInit enter");
+    switch (callDov({"mirx_init", "g_dov_hal is null"}, [](IMirx& hal) { return hal.init(); })) {
+        case CallResult::kOk: return 0;
+        case CallResult::kFailed: return -2;
+        default: return -1;
+    }
+}
+
+int32_t DovEventAcquire(int32_t cmdid, const std::string& pkg, const std::string& identity,
+                        int32_t duration, const std::vector<Resource>& resources) {
+    markAcquire("DovEventAcquire", cmdid, pkg, identity, duration);
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovEventAcquire, cmdid:%d, pkg:%s, identity:%s",
+                        cmdid, orNone(pkg), orNone(identity));
+    int32_t handle = -1;
+    const CallResult result = callDov({"DovEventAcquire"}, [&](IMirx& hal) {
+        return hal.request(makeParcel(cmdid, pkg, identity, duration, resources), &handle);
+    });
+    if (result == CallResult::kFailed) logRequestError(handle);
+    return result == CallResult::kOk ? handle : -1;
+}
+
+int32_t DovEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::string& identity,
+                              int32_t duration, const std::vector<Resource>& resources) {
+    markAcquire("DovEventAcquireOneWay", cmdid, pkg, identity, duration);
+    __android_log_print(ANDROID_LOG_INFO, kLogTag,
+                        "DovEventAcquireOneWay, cmdid:%d, pkg:%s, identity:%s", cmdid, orNone(pkg),
+                        orNone(identity));
+    // -1, when there is no randomness, is sent and returned like any other handle.
+    const int32_t handle = dovGetRandomHandle();
+    const pid_t pid = android::IPCThreadState::self()->getCallingPid();
+    const CallResult result = callDov({"DovEventAcquireOneWay"}, [&](IMirx& hal) {
+        MirxRequestParcel parcel = makeParcel(cmdid, pkg, identity, duration, resources);
+        parcel.handle = handle;
+        parcel.pid = pid;
+        for (const Resource& resource : resources) {
+            __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
+                                "DovEventAcquireOneWay res_Id:%d ,res_Value:%s, ", resource.opcode,
+                                resource.value ? resource.value->c_str() : "");
+        }
+        return hal.oneWayRequest(parcel);
+    });
+    if (result == CallResult::kFailed) logRequestError(handle);
+    // The caller owns the handle from the start, so a failed call returns it too.
+    return result == CallResult::kOk || result == CallResult::kFailed ? handle : -1;
+}
+
+int32_t DovResAcquire(const std::vector<Resource>& resources, const std::string& /*pkg*/,
+                      const std::string& identity, int32_t duration) {
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovResAcquire");
+    return DovEventAcquire(kPlainResources, "", identity, duration, resources);
+}
+
+int32_t DovPlatformResAcquire(const std::vector<Resource>& resources, const std::string& /*unused*/,
+                              const std::string& identity, const std::string& pkg,
+                              int32_t duration) {
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovPlatformResAcquire");
+    return DovEventAcquire(kPlatformResources, pkg, identity, duration, resources);
+}
+
+void DovRelease(int32_t handle) {
+    TraceName("DovRelease: ").append(handle).mark();
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovRelease, handle:%d", handle);
+    callDov({"mirxResCtlRelease", "DovRelease g_dov_hal is null"}, [&](IMirx& hal) {
+        int32_t ignored = 0;
+        return hal.release(handle, &ignored);
+    });
+}

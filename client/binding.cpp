@@ -1,0 +1,57 @@
+// The low-level client's globals, how the proxy is bound and how it is dropped.
+#include "client/binding.h"
+
+#include <android/binder_manager.h>
+
+#include "common/death_link.h"
+
+namespace mirxHalclient::internal {
+
+// In the order in which they are made; destroyed in reverse when the process ends.
+std::shared_ptr<IMirx> g_mirx_hal;
+std::shared_timed_mutex g_mirx_hal_mutex;
+static DeathLink g_mirx_death_recipient;
+
+static void logError(const char* text) {
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", text);
+}
+
+static void onMirxDied(void* /*cookie*/) {
+    std::lock_guard lock(g_mirx_hal_mutex);
+    g_mirx_hal.reset();
+    logError("Mirx HAL Service died");
+}
+
+void get_mirx_hal_and_link_to_death() {
+    {
+        std::shared_lock lock(g_mirx_hal_mutex);
+        if (g_mirx_hal) return;
+    }
+    std::lock_guard lock(g_mirx_hal_mutex);
+    if (g_mirx_hal || !AServiceManager_isDeclared(kServiceName)) {
+        // Also logged, with 1, when another thread has bound meanwhile: callers know the line, keep
+        // it.
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Mirx is not declared, AServiceManager_isDeclared:%d",
+                            AServiceManager_isDeclared(kServiceName));
+        return;
+    }
+    g_mirx_hal = IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kServiceName)));
+    if (!g_mirx_hal) {
+        logError("Mirx HAL Service not found");
+        return;
+    }
+    if (linkToDeath(g_mirx_death_recipient, *g_mirx_hal, onMirxDied) != STATUS_OK) {
+        g_mirx_hal.reset();
+        logError("Unable to link to g_mirx_hal death notifications!");
+    }
+}
+
+void dropMirxHal(const char* failureName) {
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s() failed: mirx HAL service not available",
+                        failureName);
+    std::lock_guard lock(g_mirx_hal_mutex);
+    g_mirx_hal.reset();
+}
+
+}  // namespace mirxHalclient::internal

@@ -1,0 +1,56 @@
+// The low-level client's connection to the service, and the pattern of every call through it.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <shared_mutex>
+#include <utility>
+
+#include <android/log.h>
+
+#include "common/service.h"
+
+namespace mirxHalclient::internal {
+
+using namespace dovcommon;
+
+inline constexpr char kLogTag[] = "MIRXFramework-lib-vendor";
+
+// The proxy; empty while the client is not bound. Guarded by g_mirx_hal_mutex: shared for use,
+// exclusive for change.
+extern std::shared_ptr<IMirx> g_mirx_hal;
+extern std::shared_timed_mutex g_mirx_hal_mutex;
+
+// Makes sure that g_mirx_hal is bound if the service can be bound; the caller looks at g_mirx_hal
+// afterwards. Blocks until a declared service has registered. Takes g_mirx_hal_mutex; logs why the
+// service cannot be bound.
+void get_mirx_hal_and_link_to_death();
+
+// Logs that the operation failed and empties g_mirx_hal, so that the next call binds again. Takes
+// g_mirx_hal_mutex.
+void dropMirxHal(const char* failureName);
+
+// The pattern around every service call: log `entry`, bind, call with the lock held shared, drop
+// the proxy on failure.
+//
+// `call` takes the proxy (IMirx&) and returns the status of its one call, or nothing when it has
+// refused to make it; it runs with g_mirx_hal_mutex held shared. `failureName` is what the log
+// calls an operation that failed.
+//
+// Returns true when the service was called and its status is OK.
+template <typename Call>
+bool callMirx(const char* entry, const char* failureName, Call&& call) {
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s", entry);
+    get_mirx_hal_and_link_to_death();
+    std::shared_lock lock(g_mirx_hal_mutex);
+    if (!g_mirx_hal) return false;
+    const std::optional<ndk::ScopedAStatus> status = std::forward<Call>(call)(*g_mirx_hal);
+    lock.unlock();
+    if (!status) return false;
+    if (status->isOk()) return true;
+    dropMirxHal(failureName);
+    return false;
+}
+
+}  // namespace mirxHalclient::internal

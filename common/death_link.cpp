@@ -1,0 +1,33 @@
+// One binding's link to the death of its service.
+#include "common/death_link.h"
+
+#include <utility>
+
+namespace dovcommon {
+namespace {
+
+void release(const DeathLink& link) {
+    if (link.recipient == nullptr) return;
+    // A proxy that lives on (the process's other binding may hold it) would keep an entry for every
+    // recipient that it was ever linked with. A dead one has dropped them already.
+    ndk::SpAIBinder binder(AIBinder_Weak_promote(link.binder));
+    if (binder.get() != nullptr && AIBinder_isAlive(binder.get())) {
+        AIBinder_unlinkToDeath(binder.get(), link.recipient, link.cookie);
+    }
+    AIBinder_Weak_delete(link.binder);
+    AIBinder_DeathRecipient_delete(link.recipient);
+}
+
+}  // namespace
+
+binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
+                            AIBinder_DeathRecipient_onBinderDied onDied) {
+    const ndk::SpAIBinder binder = hal.asBinder();
+    const DeathLink earlier = std::exchange(link, DeathLink{AIBinder_DeathRecipient_new(onDied),
+                                                            AIBinder_Weak_new(binder.get()), &hal});
+    const binder_status_t status = AIBinder_linkToDeath(binder.get(), link.recipient, link.cookie);
+    release(earlier);
+    return status;
+}
+
+}  // namespace dovcommon

@@ -1,0 +1,14 @@
+// Force-included when the Android sources are built for Linux: what bionic and its headers give
+// them for free.
+#pragma once
+#ifdef __cplusplus
+#include <atomic>
+#include <memory>
+#include <optional>
+#endif
+#include <stdint.h>
+// Bionic's binder header names these fields of flat_binder_object.flags; the kernel's own header
+// does not.
+#define FLAT_BINDER_FLAG_SCHED_POLICY_SHIFT 9U
+#define FLAT_BINDER_FLAG_SCHED_POLICY_MASK (3U << FLAT_BINDER_FLAG_SCHED_POLICY_SHIFT)
+#define FLAT_BINDER_FLAG_INHERIT_RT 0x800

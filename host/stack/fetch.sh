@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# Brings what the binder stack is built from into the cache: the sources and the AIDL compiler that runs from a prefix of
+# its own. Everything comes through apt, which checks the archive's signatures; nothing of the machine is upgraded.
+#
+# Usage: fetch.sh CACHE_DIR. Fetches only what the cache does not hold yet.
+set -euo pipefail
+
+cache=$(mkdir -p "$1" && cd "$1" && pwd)
+binder_version=34.0.5   # upstream version of android-platform-tools in the suite below
+binder_suite=trixie
+aidl_suite=forky
+tinyxml2_suite=bookworm
+
+say() { printf '==> %s\n' "$*"; }
+die() { printf 'dev: %s\n' "$*" >&2; exit 1; }
+
+# The mirror is the one that this machine's own sources name for Debian's main archive.
+mirror() {
+    local codename
+    # shellcheck disable=SC1091  # the file is the machine's
+    codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+    apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' 'Identifier: Packages' |
+        awk -v c="$codename" '$1 == "Debian" && $2 == c { print $3; exit }'
+}
+
+# An apt root that knows one other suite and nothing of the machine: apt_in SUITE apt-get ARGS...
+apt_in() {
+    local root="$cache/apt/$1" program=$2
+    shift 2
+    "$program" -q -o Dir::Etc::sourcelist="$root/sources.list" -o Dir::Etc::sourceparts=/dev/null \
+        -o Dir::State::Lists="$root/lists" -o Dir::State::status="$root/status" \
+        -o Dir::Cache="$root/cache" -o APT::Sandbox::User=root "$@"
+}
+
+open_suite() {
+    local suite=$1 root="$cache/apt/$1" uri
+    uri=$(mirror)
+    if [ -z "$uri" ]; then
+        die "apt on this machine has no Debian archive among its sources (run 'apt-get update' and look at /etc/apt)"
+    fi
+    mkdir -p "$root/lists/partial" "$root/cache/archives/partial"
+    : > "$root/status"
+    local signed='[signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]'
+    printf '%s\n' "deb $signed $uri $suite main" "deb-src $signed $uri $suite main" > "$root/sources.list"
+    say "reading the package lists of $suite"
+    apt_in "$suite" apt-get update -o APT::Update::Error-Mode=any ||
+        die "no answer from the Debian mirror for $suite: is there a network?"
+}
+
+# fetch_source SUITE PACKAGE DIR: the upstream source of PACKAGE, unpacked as DIR.
+fetch_source() {
+    local suite=$1 package=$2 target=$3 work
+    open_suite "$suite"
+    work=$(mktemp -d "$cache/fetch.XXXXXX")
+    say "fetching the source of $package"
+    (cd "$work" && apt_in "$suite" apt-get source --download-only "$package") ||
+        die "the source of $package could not be fetched"
+    mkdir "$work/unpacked"
+    tar -xf "$work"/*.orig.tar.* -C "$work/unpacked" --strip-components=1
+    mkdir -p "$(dirname "$target")"
+    mv "$work/unpacked" "$target"
+    rm -rf "$work"
+}
+
+# The compiler needs newer run-time libraries than the machine's; it runs through its own loader with its own libraries.
+fetch_aidl() {
+    local target=$1 work archive loader
+    open_suite "$aidl_suite"
+    work=$(mktemp -d "$cache/fetch.XXXXXX")
+    say "fetching the AIDL compiler"
+    (cd "$work" && apt_in "$aidl_suite" apt-get download aidl libc6 libstdc++6 libgcc-s1 libatomic1 \
+        android-libbase android-libcutils android-liblog) || die "the AIDL compiler could not be fetched"
+    for archive in "$work"/*.deb; do
+        dpkg -x "$archive" "$work/prefix"
+    done
+    loader=$(cd "$work/prefix" && find . -name 'ld-linux-x86-64.so.2' -not -type l | head -n 1)
+    [ -n "$loader" ] || die "the C library that was fetched for the AIDL compiler has no loader"
+    cat > "$work/prefix/run-aidl" <<RUN
+#!/bin/sh
+here=\$(dirname "\$(readlink -f "\$0")")
+lib="\$here/usr/lib/x86_64-linux-gnu"
+exec "\$here/$loader" --library-path "\$lib:\$lib/android" "\$here/usr/bin/aidl" "\$@"
+RUN
+    chmod +x "$work/prefix/run-aidl"
+    "$work/prefix/run-aidl" --help 2>&1 | grep -q -- '--lang={java|cpp|ndk|rust}' ||
+        die "the AIDL compiler that was fetched does not run here"
+    mv "$work/prefix" "$target"
+    rm -rf "$work"
+}
+
+android="$cache/src/android-platform-tools-$binder_version"
+[ -d "$android" ] || fetch_source "$binder_suite" "android-platform-tools" "$android"
+[ -d "$cache/src/tinyxml2" ] || fetch_source "$tinyxml2_suite" tinyxml2 "$cache/src/tinyxml2"
+[ -d "$cache/aidl" ] || fetch_aidl "$cache/aidl"
