@@ -15,8 +15,9 @@ namespace {
 constexpr int32_t kPlainResources = -2;
 constexpr int32_t kPlatformResources = -3;
 
-const char* orNone(const std::string& text) {
-    return text.empty() ? "none" : text.c_str();
+// Ends in a zero character in both cases, for the log.
+std::string_view orNone(const std::string& text) {
+    return text.empty() ? std::string_view("none") : text;
 }
 
 void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
@@ -32,6 +33,12 @@ void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
             .append(" duration:")
             .append(duration)
             .mark();
+}
+
+void logAcquire(const char* function, int32_t cmdid, const std::string& pkg,
+                const std::string& identity) {
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s, cmdid:%d, pkg:%s, identity:%s", function,
+                        cmdid, orNone(pkg).data(), orNone(identity).data());
 }
 
 RequestKind kindOf(int32_t cmdid) {
@@ -78,8 +85,7 @@ int32_t dovInit() {
 int32_t DovEventAcquire(int32_t cmdid, const std::string& pkg, const std::string& identity,
                         int32_t duration, const std::vector<Resource>& resources) {
     markAcquire("DovEventAcquire", cmdid, pkg, identity, duration);
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovEventAcquire, cmdid:%d, pkg:%s, identity:%s",
-                        cmdid, orNone(pkg), orNone(identity));
+    logAcquire("DovEventAcquire", cmdid, pkg, identity);
     int32_t handle = -1;
     const CallResult result = callDov({"DovEventAcquire"}, [&](IMirx& hal) {
         return hal.request(makeParcel(cmdid, pkg, identity, duration, resources), &handle);
@@ -91,9 +97,7 @@ int32_t DovEventAcquire(int32_t cmdid, const std::string& pkg, const std::string
 int32_t DovEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::string& identity,
                               int32_t duration, const std::vector<Resource>& resources) {
     markAcquire("DovEventAcquireOneWay", cmdid, pkg, identity, duration);
-    __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                        "DovEventAcquireOneWay, cmdid:%d, pkg:%s, identity:%s", cmdid, orNone(pkg),
-                        orNone(identity));
+    logAcquire("DovEventAcquireOneWay", cmdid, pkg, identity);
     // -1, when there is no randomness, is sent and returned like any other handle.
     const int32_t handle = dovGetRandomHandle();
     const pid_t pid = android::IPCThreadState::self()->getCallingPid();

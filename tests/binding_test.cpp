@@ -1,0 +1,309 @@
+// How the two bindings find the service, lose it and find it again.
+#include <dov/dov.h>
+#include <dov/halclient.h>
+
+#include <filesystem>
+#include <fstream>
+#include <latch>
+#include <thread>
+
+#include <android/binder_libbinder.h>
+#include <gmock/gmock.h>
+
+#include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
+
+#include "tests/support/test_services.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+LogLine client(int priority, const std::string& text) {
+    return {priority, "MIRXFramework-lib-vendor", text};
+}
+LogLine dov(int priority, const std::string& text) {
+    return {priority, "[DOV_CLIENT]", text};
+}
+
+const LogLine kClientEntry = client(ANDROID_LOG_INFO, "mirx client mirx_init");
+const LogLine kDovEntry = dov(ANDROID_LOG_ERROR, "dovInit enter");
+const LogLine kDovError = dov(ANDROID_LOG_ERROR, "dov_get_mirx_hal_and_link_to_death error:-1");
+
+// An object of another interface, registered under the service's name.
+class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallback {
+    ndk::ScopedAStatus onCallback(const std::vector<MirxRequestData>&) override {
+        return ndk::ScopedAStatus::ok();
+    }
+};
+
+}  // namespace
+
+class BindingTest : public BinderTest {};
+
+TEST_F(BindingTest, bothInitialiseTheService) {
+    mirxHalclient::mirx_init();
+    EXPECT_EQ(dovInit(), 0);
+    EXPECT_THAT(log.take(), ElementsAre(kClientEntry, kDovEntry));
+    const auto calls = service->take();
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].operation, "init");
+    EXPECT_EQ(calls[1].operation, "init");
+}
+
+TEST_F(BindingTest, undeclaredServiceFailsAtOnceOnEveryCall) {
+    undeclare();
+    for (int call = 0; call < 2; ++call) {
+        mirxHalclient::mirx_init();
+        EXPECT_EQ(dovInit(), -1);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(kClientEntry,
+                                client(ANDROID_LOG_ERROR,
+                                       "Mirx is not declared, AServiceManager_isDeclared:0"),
+                                kDovEntry,
+                                dov(ANDROID_LOG_ERROR,
+                                    "Mirx is not declared, AServiceManager_isDeclared:0"),
+                                kDovError));
+    }
+    EXPECT_THAT(service->take(), IsEmpty());
+    EXPECT_EQ(services().waits, 0);
+}
+
+TEST_F(BindingTest, anObjectThatIsNotTheServiceIsNotFound) {
+    serve(ndk::SharedRefBase::make<OtherInterface>()->asBinder());
+    mirxHalclient::mirx_init();
+    EXPECT_EQ(dovInit(), -1);
+    EXPECT_THAT(log.take(),
+                ElementsAre(kClientEntry, client(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
+                            kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
+                            kDovError));
+}
+
+TEST_F(BindingTest, aServiceThatCannotBeLinkedToDeathIsDropped) {
+    services().localObject = AIBinder_toPlatformBinder(service->asBinder().get());
+    mirxHalclient::mirx_init();
+    EXPECT_EQ(dovInit(), -1);
+    EXPECT_THAT(
+            log.take(),
+            ElementsAre(
+                    kClientEntry,
+                    client(ANDROID_LOG_ERROR, "Unable to link to g_mirx_hal death notifications!"),
+                    kDovEntry,
+                    dov(ANDROID_LOG_ERROR, "Unable to link to g_dov_hal death notifications!"),
+                    kDovError));
+    EXPECT_THAT(service->take(), IsEmpty());
+    services().localObject = nullptr;
+    EXPECT_EQ(dovInit(), 0);
+}
+
+TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
+    services().removeService(android::String16(kServiceName));
+    EXPECT_EQ(dovInit(), -1);
+    EXPECT_THAT(log.take(),
+                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
+                            kDovError));
+}
+
+TEST_F(BindingTest, lowLevelClientWaitsForADeclaredService) {
+    services().removeService(android::String16(kServiceName));
+    std::thread caller([] { mirxHalclient::mirx_init(); });
+    EXPECT_TRUE(eventually([] { return services().waits == 1; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_THAT(service->take(), IsEmpty());
+    serve();
+    caller.join();
+    EXPECT_EQ(service->take().size(), 1u);
+    EXPECT_THAT(log.take(), ElementsAre(kClientEntry));
+}
+
+TEST_F(BindingTest, aFailedCallDropsItsOwnProxyOnly) {
+    mirxHalclient::mirx_init();
+    ASSERT_EQ(dovInit(), 0);
+    log.take();
+    const int bound = services().declarationChecks;
+
+    service->failing = true;
+    EXPECT_EQ(dovInit(), -2);
+    EXPECT_THAT(log.take(),
+                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR,
+                                           "mirx_init() failed : mirx HAL service not available")));
+    service->failing = false;
+    mirxHalclient::mirx_init();
+    EXPECT_EQ(services().declarationChecks, bound) << "the other binding was dropped too";
+    EXPECT_EQ(dovInit(), 0);
+    EXPECT_EQ(services().declarationChecks, bound + 1);
+
+    log.take();
+    service->failing = true;
+    mirxHalclient::mirx_init();
+    EXPECT_THAT(log.take(),
+                ElementsAre(kClientEntry,
+                            client(ANDROID_LOG_ERROR,
+                                   "mirx_init() failed: mirx HAL service not available")));
+    service->failing = false;
+    EXPECT_EQ(dovInit(), 0);
+    EXPECT_EQ(services().declarationChecks, bound + 1) << "the other binding was dropped too";
+    mirxHalclient::mirx_init();
+    EXPECT_EQ(services().declarationChecks, bound + 2);
+}
+
+TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
+    mirxHalclient::mirx_init();
+    ASSERT_EQ(dovInit(), 0);
+    for (int death = 0; death < 3; ++death) {
+        log.take();
+        services().removeService(android::String16(kServiceName));
+        std::vector<LogLine> lines;
+        EXPECT_TRUE(eventually([&] {
+            for (const LogLine& line : log.take()) lines.push_back(line);
+            return lines.size() >= 2;
+        }));
+        EXPECT_THAT(lines, testing::UnorderedElementsAre(
+                                   client(ANDROID_LOG_ERROR, "Mirx HAL Service died"),
+                                   dov(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_EQ(dovInit(), -1);
+        serve();
+        service->take();
+        EXPECT_EQ(dovInit(), 0);
+        mirxHalclient::mirx_init();
+        EXPECT_EQ(service->take().size(), 2u);
+    }
+}
+
+TEST_F(BindingTest, threadsThatFindNothingBoundBindOnce) {
+    services().removeService(android::String16(kServiceName));
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i) callers.emplace_back([] { mirxHalclient::mirx_init(); });
+    EXPECT_TRUE(eventually([] { return services().waits == 1; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    serve();
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(services().waits, 1);
+    EXPECT_EQ(service->take().size(), 4u);
+    endService(1);
+}
+
+// Callers know the line that a thread logs when another has bound before it; it says 1. To make
+// threads meet there: one call lasts, so that the drop after a failed call has to wait for it, and
+// the threads queue behind the drop.
+TEST_F(BindingTest, aThreadThatComesSecondSaysSoAndUsesTheProxy) {
+    const LogLine second =
+            client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
+    bool seen = false;
+    for (int attempt = 0; attempt < 1000 && !seen; ++attempt) {
+        service->onCall = nullptr;
+        mirxHalclient::mirx_init();
+        services().waits = 0;
+        std::vector<LogLine> lines;
+        const auto loggedAtLeast = [&](size_t count) {
+            return eventually([&] {
+                for (LogLine& line : log.take()) lines.push_back(std::move(line));
+                return lines.size() >= count;
+            });
+        };
+        loggedAtLeast(1);
+        lines.clear();
+        std::latch end(1);
+        std::atomic<int> calls = 0;
+        service->onCall = [&](const std::string&) {
+            if (calls++ == 0) end.wait();
+        };
+        std::vector<std::thread> threads;
+        threads.emplace_back(mirxHalclient::mirx_init);
+        ASSERT_TRUE(eventually([&] { return calls == 1; }));
+        service->failing = true;
+        threads.emplace_back(mirxHalclient::mirx_init);
+        ASSERT_TRUE(loggedAtLeast(3));
+        service->failing = false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        for (int i = 0; i < 4; ++i) threads.emplace_back(mirxHalclient::mirx_init);
+        ASSERT_TRUE(loggedAtLeast(7));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        end.count_down();
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(services().waits, 1);
+        EXPECT_EQ(calls, 6);
+        loggedAtLeast(7);
+        seen = std::find(lines.begin(), lines.end(), second) != lines.end();
+    }
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(BindingTest, eventThreadsThatFindNothingBoundAllBind) {
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i) callers.emplace_back([] { EXPECT_EQ(dovInit(), 0); });
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(service->take().size(), 4u);
+    EXPECT_THAT(log.take(), testing::Each(kDovEntry));
+    endService(1);
+    EXPECT_EQ(dovInit(), -1);
+}
+
+// A thread may find the proxy gone between binding and calling, when another thread's call has
+// failed in between.
+TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
+    std::atomic<bool> done = false;
+    std::vector<std::thread> failing;
+    service->onCall = [this](const std::string& operation) {
+        service->failing = operation == "release";
+    };
+    for (int i = 0; i < 3; ++i) {
+        failing.emplace_back([&done] {
+            while (!done) DovRelease(1);
+        });
+    }
+    std::vector<LogLine> seen;
+    const auto logged = [&](const LogLine& wanted) {
+        for (const LogLine& line : log.take()) {
+            if (std::find(seen.begin(), seen.end(), line) == seen.end()) seen.push_back(line);
+        }
+        return std::find(seen.begin(), seen.end(), wanted) != seen.end();
+    };
+    EXPECT_TRUE(eventually([&] {
+        service->take();
+        dovInit();
+        return logged(dov(ANDROID_LOG_ERROR, "DovRelease g_dov_hal is null")) &&
+               logged(dov(ANDROID_LOG_ERROR, "g_dov_hal is null"));
+    }));
+    done = true;
+    for (std::thread& thread : failing) thread.join();
+}
+
+// A process that binds over and over, because its calls fail, must not grow. The other binding
+// keeps the proxy alive.
+TEST_F(BindingTest, tenThousandBindingsLeaveNothingBehind) {
+    mirxHalclient::mirx_init();
+    const auto rebind = [this](int times) {
+        for (int i = 0; i < times; ++i) {
+            service->failing = true;
+            DovRelease(1);
+            service->failing = false;
+            service->take();
+            log.take();
+        }
+    };
+    const auto residentKilobytes = [] {
+        std::ifstream status("/proc/self/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with("VmRSS:")) return std::stol(line.substr(6));
+        }
+        return 0L;
+    };
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator fds("/proc/self/fd");
+        return std::distance(begin(fds), end(fds));
+    };
+    rebind(1000);
+    const long memory = residentKilobytes();
+    const auto fds = descriptors();
+    rebind(10000);
+    EXPECT_LT(residentKilobytes() - memory, 256);
+    EXPECT_EQ(descriptors(), fds);
+    ASSERT_EQ(dovInit(), 0);
+    log.take();
+    endService(2);
+    EXPECT_THAT(log.take(), Not(Contains(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died"))))
+            << "an earlier binding's recipient is still linked";
+}

@@ -1,0 +1,76 @@
+// The trace sections that mark a call.
+#include <dov/dov.h>
+
+#include <atomic>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/test_services.h"
+
+#include <cutils/trace.h>  // last: it hides names of <atomic>
+
+namespace {
+
+std::atomic<uint64_t> gEnabledTags = 0;
+std::vector<std::string> gSections;
+
+}  // namespace
+
+// These take the place of the platform's, which do nothing on a host.
+#pragma GCC visibility push(default)
+extern "C" uint64_t atrace_get_enabled_tags() {
+    return gEnabledTags;
+}
+extern "C" void atrace_begin_body(const char* name) {
+    gSections.emplace_back(name);
+}
+extern "C" void atrace_end_body() {
+#pragma GCC visibility pop
+    gSections.emplace_back("end");
+}
+
+class TraceTest : public BinderTest {
+  protected:
+    TraceTest() {
+        gEnabledTags = ATRACE_TAG_ALWAYS | ATRACE_TAG_VIEW;
+        gSections.clear();
+    }
+    ~TraceTest() override { gEnabledTags = 0; }
+};
+
+TEST_F(TraceTest, eachCallIsMarkedByASectionThatEndsAtOnce) {
+    DovEventAcquire(3, "com.example", "me", -5, {});
+    DovEventAcquireOneWay(INT32_MIN, "", "", INT32_MAX, {});
+    DovResAcquire({}, "ignored", "me", 1);
+    DovRelease(-7);
+    EXPECT_THAT(gSections,
+                testing::ElementsAre(
+                        "DovEventAcquire  cmd_id:3 pkg:com.example identity:me duration:-5", "end",
+                        "DovEventAcquireOneWay  cmd_id:-2147483648 pkg:none identity:none "
+                        "duration:2147483647",
+                        "end", "DovEventAcquire  cmd_id:-2 pkg:none identity:me duration:1", "end",
+                        "DovRelease: -7", "end"));
+}
+
+TEST_F(TraceTest, nothingIsMarkedWhileTheAlwaysOnTagIsOff) {
+    gEnabledTags = ~uint64_t{ATRACE_TAG_ALWAYS};
+    DovEventAcquire(3, "com.example", "me", -5, {});
+    DovRelease(1);
+    EXPECT_THAT(gSections, testing::IsEmpty());
+}
+
+TEST_F(TraceTest, longNamesAreCutAt1022Characters) {
+    const std::string start = "DovEventAcquire  cmd_id:3 pkg:";
+    for (const size_t length : {900u, 950u, 1022u - 30u, 1023u - 30u, 5000u}) {
+        gSections.clear();
+        DovEventAcquire(3, std::string(length, 'p'), "me", 1, {});
+        const std::string whole = start + std::string(length, 'p') + " identity:me duration:1";
+        ASSERT_EQ(gSections.size(), 2u);
+        EXPECT_EQ(gSections[0], whole.substr(0, 1022));
+    }
+}
+
+TEST_F(TraceTest, aNameEndsAtTheFirstZeroCharacter) {
+    DovEventAcquire(3, std::string("a\0b", 3), "me", 1, {});
+    EXPECT_EQ(gSections.at(0), "DovEventAcquire  cmd_id:3 pkg:a");
+}
