@@ -1,6 +1,7 @@
 // The simulated resource-control service.
 #include "simulator/mirx_service.h"
 
+#include <algorithm>
 #include <array>
 
 #include <android-base/stringprintf.h>
@@ -61,8 +62,8 @@ ScopedAStatus MirxService::request(const MirxRequestParcel& parcel, int32_t* res
 }
 
 ScopedAStatus MirxService::oneWayRequest(const MirxRequestParcel& parcel) {
-    mJournal.line("one-way  " + describe(parcel));
     if (acquires(parcel.requestType)) mHolds.addAs(parcel.handle, holdOf(parcel));
+    mJournal.line("one-way  " + describe(parcel));
     return ScopedAStatus::ok();
 }
 

@@ -19,6 +19,7 @@ mirror() {
     local codename
     # shellcheck disable=SC1091  # the file is the machine's
     codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+    # shellcheck disable=SC2016  # apt's own variables
     apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' 'Identifier: Packages' |
         awk -v c="$codename" '$1 == "Debian" && $2 == c { print $3; exit }'
 }
@@ -35,8 +36,12 @@ apt_in() {
 open_suite() {
     local suite=$1 root="$cache/apt/$1" uri
     uri=$(mirror)
+    if [ -z "$uri" ]; then  # a machine that has never read its package lists
+        if [ "$(id -u)" -eq 0 ]; then apt-get update -q; else sudo apt-get update -q; fi
+        uri=$(mirror)
+    fi
     if [ -z "$uri" ]; then
-        die "apt on this machine has no Debian archive among its sources (run 'apt-get update' and look at /etc/apt)"
+        die "apt on this machine has no Debian archive among its sources (look at /etc/apt)"
     fi
     mkdir -p "$root/lists/partial" "$root/cache/archives/partial"
     : > "$root/status"

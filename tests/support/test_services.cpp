@@ -56,7 +56,9 @@ Installed& installed() {
     return installed;
 }
 
-const char kFragment[] = "/" MIRX_FRAGMENT_NAME;
+std::string fragment() {
+    return installed().folder + "/mirx.xml";
+}
 
 }  // namespace
 
@@ -68,12 +70,12 @@ const std::string& BinderTest::folder() {
 }
 
 void BinderTest::declare() {
-    std::filesystem::copy_file(MIRX_FRAGMENT_DIR + std::string(kFragment), folder() + kFragment,
+    std::filesystem::copy_file(MIRX_FRAGMENT, fragment(),
                                std::filesystem::copy_options::overwrite_existing);
 }
 
 void BinderTest::undeclare() {
-    std::filesystem::remove(folder() + kFragment);
+    std::filesystem::remove(fragment());
 }
 
 void BinderTest::serve(const ndk::SpAIBinder& object) {

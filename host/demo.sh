@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# A session for a person to watch: the real library, the real binder stack, a service in a process of its own.
+# demo.sh BUILD_FOLDER
+set -euo pipefail
+simulator=$1/simulator/mirx-simulator
+dovctl=$1/dovctl/dovctl
+DOV_SERVICE_DIR=$(mktemp -d)
+export DOV_SERVICE_DIR
+cp "$(dirname "$0")/../simulator/vendor.tavro.hardware.mirx-service.xml" "$DOV_SERVICE_DIR/"
+log=$DOV_SERVICE_DIR/simulator.log
+server=''
+shown=0
+
+finish() {
+    [ -z "$server" ] || kill -9 "$server" 2>/dev/null || true
+    rm -rf "$DOV_SERVICE_DIR"
+}
+trap finish EXIT
+
+bold='' plain=''
+if [ -t 1 ]; then bold=$'\033[1m' plain=$'\033[0m'; fi
+say() { printf '\n%s%s%s\n' "$bold" "$*" "$plain"; }
+
+# What the service has printed since the last time, once `pattern` is among it: service_says PATTERN
+service_says() {
+    local tries
+    for ((tries = 0; tries < 100; tries++)); do
+        if tail -n +$((shown + 1)) "$log" | grep -q "$1"; then break; fi
+        sleep 0.05
+    done
+    tail -n +$((shown + 1)) "$log" | sed 's/^/    service | /'
+    shown=$(wc -l < "$log")
+}
+
+# Runs dovctl as typed and checks how it ends: run EXIT_CODE ARGUMENTS...
+run() {
+    local expected=$1 code=0
+    shift
+    printf '$ dovctl %s\n' "$*"
+    output=$("$dovctl" "$@") || code=$?
+    [ -z "$output" ] || echo "$output"
+    if [ $code -ne "$expected" ]; then
+        echo "demo: dovctl ended with $code, not $expected" >&2
+        exit 1
+    fi
+}
+
+start_service() {
+    printf '$ mirx-simulator &\n'
+    # In a shell of its own, so that bash does not report the kill.
+    server=$("$simulator" >> "$log" 2>&1 & echo $!)
+    service_says serving
+}
+
+say 'A service starts and registers.'
+: > "$log"
+start_service
+
+say 'A client initialises it and acquires an event for two seconds; the handle is the answer.'
+run 0 init
+run 0 acquire 0 --package com.example.app --identity demo --duration 2000
+service_says request
+
+say 'Resources by opcode, held until they are released.'
+run 0 res-acquire --identity demo --resource 0x01010010=1500000 --resource 0x010100a0=2400000
+service_says request
+run 0 release "$output"
+service_says ended
+
+say 'One way: the client chooses the handle and does not wait.'
+run 0 acquire 4 --one-way --identity demo --duration 1000
+service_says one-way
+
+say 'The service is killed. The next call fails cleanly.'
+printf '$ kill -9 %s\n' "$server"
+kill -9 "$server"
+run 3 acquire 0 --identity demo -v
+
+say 'The service is back. The next call works.'
+start_service
+run 0 acquire 0 --identity demo --duration 2000
+service_says request
+say 'That was the real library over the real binder stack. ./dev dovctl --help shows what else there is.'

@@ -1,0 +1,129 @@
+// The service in a process of its own, killed and started again.
+#include <dov/dov.h>
+#include <dov/halclient.h>
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/child_process.h"
+#include "tests/support/test_services.h"
+
+using testing::Contains;
+using testing::HasSubstr;
+
+class DeathTest : public BinderTest {
+  protected:
+    DeathTest() { services().removeService(android::String16(kServiceName)); }
+
+    static std::unique_ptr<ChildProcess> startSimulator() {
+        auto simulator = std::make_unique<ChildProcess>(MIRX_SIMULATOR);
+        simulator->readUntil("serving");
+        return simulator;
+    }
+};
+
+TEST_F(DeathTest, aKilledServiceIsNotRunningAndItsSuccessorTakesItsPlace) {
+    auto simulator = startSimulator();
+    EXPECT_EQ(dovInit(), 0);
+    simulator->signal(SIGKILL);
+    EXPECT_EQ(simulator->wait(), -SIGKILL);
+    EXPECT_TRUE(services().getServiceDebugInfo().empty());
+    // Whether the notice has come yet or not, each call ends at once with a failure.
+    EXPECT_LT(dovInit(), 0);
+    EXPECT_EQ(dovInit(), -1);
+    EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), -1);
+
+    std::thread waiting(mirxHalclient::mirx_init);
+    simulator = startSimulator();
+    waiting.join();
+    EXPECT_EQ(services().getServiceDebugInfo().at(0).pid, simulator->pid());
+    EXPECT_EQ(dovInit(), 0);
+    EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), 1);
+    simulator->readUntil("request");
+}
+
+TEST_F(DeathTest, onlyTheOwnerCanReachTheService) {
+    const auto simulator = startSimulator();
+    int sockets = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+        struct stat status = {};
+        ASSERT_EQ(stat(entry.path().c_str(), &status), 0);
+        if (!entry.is_socket()) continue;
+        ++sockets;
+        EXPECT_EQ(status.st_mode & 0777, 0600u) << entry.path();
+    }
+    EXPECT_EQ(sockets, 1);
+}
+
+TEST_F(DeathTest, aKilledServicesSocketDoesNotStayForGood) {
+    for (int i = 0; i < 3; ++i) {
+        const auto simulator = startSimulator();
+        simulator->signal(SIGKILL);
+        simulator->wait();
+    }
+    const auto simulator = startSimulator();
+    const std::filesystem::directory_iterator files(folder());
+    EXPECT_EQ(std::distance(begin(files), end(files)), 3) << "fragment, registration and socket";
+}
+
+// Calls through both bindings while the service is killed and comes back: every call ends, and the
+// next one works.
+TEST_F(DeathTest, callersSurviveAServiceThatIsKilledUnderThem) {
+    auto simulator = startSimulator();
+    std::atomic<bool> done = false;
+    std::atomic<int> acquired = 0;
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 3; ++i) {
+        callers.emplace_back([&] {
+            while (!done) {
+                const int32_t handle = DovEventAcquire(1, "p", "i", 0, {});
+                if (handle <= 0) continue;
+                ++acquired;
+                DovRelease(handle);
+            }
+        });
+    }
+    callers.emplace_back([&] {
+        while (!done) mirxHalclient::mirx_init();
+    });
+    for (int kill = 0; kill < 30; ++kill) {
+        const int before = acquired;
+        ASSERT_TRUE(eventually([&] { return acquired > before; })) << "after kill " << kill;
+        simulator->signal(SIGKILL);
+        simulator->wait();
+        simulator = startSimulator();
+        log.take();
+    }
+    done = true;
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(dovInit(), 0);
+}
+
+TEST_F(DeathTest, holdsOfTheSimulatorEndWhenTheirTimeRunsOutOrTheyAreReleased) {
+    const auto simulator = startSimulator();
+    const int32_t released = DovEventAcquire(0, "com.example", "me", 0, {{0x1010010, "7"}});
+    EXPECT_THAT(simulator->readUntil("request"),
+                testing::AllOf(HasSubstr("event acquire (8)"), HasSubstr("\"com.example\""),
+                               HasSubstr("{id=0x01010010 value=\"7\"}")));
+    const int32_t timed = DovEventAcquire(0, "com.example", "me", 20, {});
+    EXPECT_NE(released, timed);
+    EXPECT_EQ(simulator->readUntil("ended"),
+              "ended    handle " + std::to_string(timed) + ": time ran out");
+    DovRelease(released);
+    EXPECT_EQ(simulator->readUntil("ended"),
+              "ended    handle " + std::to_string(released) + ": released");
+    const int32_t oneWay = DovEventAcquireOneWay(-2, "", "me", -1, {{1, "1"}});
+    EXPECT_THAT(simulator->readUntil("one-way"), HasSubstr("resource control (1)"));
+    DovRelease(oneWay);
+    EXPECT_EQ(simulator->readUntil("ended"),
+              "ended    handle " + std::to_string(oneWay) + ": released");
+    DovRelease(4711);
+    EXPECT_THAT(simulator->readUntil("         "), HasSubstr("4711 holds nothing"));
+    simulator->signal(SIGTERM);
+    EXPECT_EQ(simulator->wait(), 0);
+}

@@ -1,0 +1,71 @@
+// A program that a test runs beside itself, to read what it prints and to kill it.
+#include "tests/support/child_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <stdexcept>
+
+ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments) {
+    std::array<int, 2> pipes = {};
+    if (pipe2(pipes.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    std::vector<char*> argv = {const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, pipes[1], STDOUT_FILENO);
+    const int error = posix_spawn(&mPid, program.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(pipes[1]);
+    mOutput = pipes[0];
+    if (error != 0) throw std::runtime_error(program + " cannot be started");
+}
+
+ChildProcess::~ChildProcess() {
+    if (mPid > 0) {
+        signal(SIGKILL);
+        wait();
+    }
+    close(mOutput);
+}
+
+std::string ChildProcess::readUntil(const std::string& prefix) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (true) {
+        for (size_t lineEnd = mUnread.find('\n'); lineEnd != std::string::npos;
+             lineEnd = mUnread.find('\n')) {
+            const std::string line = mUnread.substr(0, lineEnd);
+            mUnread.erase(0, lineEnd + 1);
+            if (line.starts_with(prefix)) return line;
+        }
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                end - std::chrono::steady_clock::now());
+        pollfd event = {.fd = mOutput, .events = POLLIN};
+        std::array<char, 4096> buffer;
+        if (left.count() <= 0 || poll(&event, 1, static_cast<int>(left.count())) <= 0) {
+            throw std::runtime_error("no line starts with '" + prefix + "'");
+        }
+        const ssize_t length = read(mOutput, buffer.data(), buffer.size());
+        if (length <= 0)
+            throw std::runtime_error("the output ended before a line with '" + prefix + "'");
+        mUnread.append(buffer.data(), static_cast<size_t>(length));
+    }
+}
+
+void ChildProcess::signal(int number) const {
+    kill(mPid, number);
+}
+
+int ChildProcess::wait() {
+    int status = 0;
+    waitpid(mPid, &status, 0);
+    mPid = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
