@@ -1,0 +1,97 @@
+// The help texts, made from the tables of the commands.
+#include "dovctl/help.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "common/service.h"
+#include "dovctl/commands/commands.h"
+
+namespace dovctl {
+namespace {
+
+using Rows = std::vector<std::pair<std::string, std::string>>;
+
+// A heading and two columns, or nothing when there are no rows.
+std::string section(const char* heading, const Rows& rows) {
+    if (rows.empty()) return "";
+    size_t width = 0;
+    for (const auto& [left, right] : rows) width = std::max(width, left.size());
+    std::string text = std::string("\n") + heading + ":\n";
+    for (const auto& [left, right] : rows) {
+        text += "  " + left + std::string(width - left.size() + 2, ' ') + right + "\n";
+    }
+    return text;
+}
+
+bool isRequired(const Parameter& parameter) {
+    return parameter.count == Count::kOne || parameter.count == Count::kMany;
+}
+
+bool isRepeatable(const Parameter& parameter) {
+    return parameter.count == Count::kAny || parameter.count == Count::kMany;
+}
+
+std::string longForm(const Parameter& option) {
+    std::string text = std::string("--") + option.name;
+    if (option.placeholder != nullptr) text.append(" ").append(option.placeholder);
+    return text;
+}
+
+// How a parameter stands in a usage line.
+std::string usageOf(const Parameter& parameter, const std::string& form) {
+    const std::string repeated = form + (isRepeatable(parameter) ? "..." : "");
+    return isRequired(parameter) ? repeated : "[" + repeated + "]";
+}
+
+std::string remarks(const Parameter& parameter) {
+    std::string text = parameter.help;
+    if (parameter.fallback != nullptr)
+        text += std::string(" (default: ") + parameter.fallback + ")";
+    if (isRepeatable(parameter)) text += " (repeatable)";
+    return text;
+}
+
+Rows optionRows(std::span<const Parameter> options) {
+    Rows rows;
+    for (const Parameter& option : options) {
+        const std::string letter =
+                option.letter != 0 ? std::string{'-', option.letter, ',', ' '} : "    ";
+        rows.emplace_back(letter + longForm(option), remarks(option));
+    }
+    return rows;
+}
+
+}  // namespace
+
+std::string programHelp() {
+    std::string text = "Usage: dovctl [OPTION]... COMMAND [ARGUMENT]...\n\n";
+    text += std::string("Asks the service ") + dovcommon::kServiceName + " for performance.\n";
+    Rows rows;
+    for (const Command* command : commands()) rows.emplace_back(command->name, command->summary);
+    text += section("Commands", rows);
+    text += section("Options", optionRows(globalOptions()));
+    rows.clear();
+    for (const auto& [code, meaning] : kExitCodes) rows.emplace_back(std::to_string(code), meaning);
+    text += section("Exit codes", rows);
+    return text + "\n'dovctl COMMAND --help' tells more about a command.\n";
+}
+
+std::string commandHelp(const Command& command) {
+    std::string text = std::string("Usage: dovctl ") + command.name + " [OPTION]...";
+    for (const Parameter& option : command.options) {
+        if (isRequired(option)) text += " " + usageOf(option, longForm(option));
+    }
+    Rows arguments;
+    for (const Parameter& positional : command.positionals) {
+        text += " " + usageOf(positional, positional.name);
+        arguments.emplace_back(positional.name, remarks(positional));
+    }
+    text += std::string("\n\n") + command.summary + ".\n";
+    if (command.details != nullptr) text += command.details;
+    text += section("Arguments", arguments);
+    return text + section("Options", optionRows(optionsOf(command)));
+}
+
+}  // namespace dovctl

@@ -1,0 +1,53 @@
+// How the texts of the command line become values.
+#include "dovctl/values.h"
+
+#include <charconv>
+#include <limits>
+
+namespace dovctl {
+
+std::optional<int64_t> readNumber(std::string_view text, Range range, std::string& why) {
+    const bool hex = text.starts_with("0x") || text.starts_with("0X");
+    const std::string_view digits = hex ? text.substr(2) : text;
+    const char* const end = digits.data() + digits.size();
+    int64_t number = 0;
+    const auto [stop, error] = std::from_chars(digits.data(), end, number, hex ? 16 : 10);
+    // A sign is read in front of hexadecimal digits too, but "0x-1" is not a number.
+    const bool signInside = hex && digits.starts_with('-');
+    if (error == std::errc::invalid_argument || stop != end || signInside) {
+        why = "'" + std::string(text) + "' is not a number";
+        return std::nullopt;
+    }
+    if (error == std::errc::result_out_of_range || number < range.from || number > range.to) {
+        why = "'" + std::string(text) + "' is not in the range " + std::to_string(range.from) +
+              ".." + std::to_string(range.to);
+        return std::nullopt;
+    }
+    return number;
+}
+
+std::optional<Value> readText(const std::string& text, std::string& /*why*/) {
+    return text;
+}
+
+std::optional<Value> readInt32(const std::string& text, std::string& why) {
+    constexpr Range kInt32{std::numeric_limits<int32_t>::min(),
+                           std::numeric_limits<int32_t>::max()};
+    const std::optional<int64_t> number = readNumber(text, kInt32, why);
+    if (!number) return std::nullopt;
+    return static_cast<int32_t>(*number);
+}
+
+std::optional<Value> readResource(const std::string& text, std::string& why) {
+    // Opcodes are written as the 32 bits they are; the contract carries them as a signed number.
+    constexpr Range kOpcode{0, std::numeric_limits<uint32_t>::max()};
+    const size_t equals = text.find('=');
+    const std::optional<int64_t> opcode = readNumber(text.substr(0, equals), kOpcode, why);
+    if (!opcode) return std::nullopt;
+    DovClient::Resource resource;
+    resource.opcode = static_cast<int32_t>(static_cast<uint32_t>(*opcode));
+    if (equals != std::string::npos) resource.value = text.substr(equals + 1);
+    return resource;
+}
+
+}  // namespace dovctl
