@@ -9,7 +9,10 @@ cache=$(mkdir -p "$1" && cd "$1" && pwd)
 binder_version=34.0.5   # upstream version of android-platform-tools in the suite below
 binder_suite=trixie
 aidl_suite=forky
+tinyxml2_version=9.0.0
 tinyxml2_suite=bookworm
+
+rm -rf "$cache"/fetch.*  # what an interrupted run has left
 
 say() { printf '==> %s\n' "$*"; }
 die() { printf 'dev: %s\n' "$*" >&2; exit 1; }
@@ -52,14 +55,17 @@ open_suite() {
         die "no answer from the Debian mirror for $suite: is there a network?"
 }
 
-# fetch_source SUITE PACKAGE DIR: the upstream source of PACKAGE, unpacked as DIR.
+# fetch_source SUITE PACKAGE VERSION DIR: the upstream source of PACKAGE, which must be VERSION, unpacked as DIR.
 fetch_source() {
-    local suite=$1 package=$2 target=$3 work
+    local suite=$1 package=$2 version=$3 target=$4 work
     open_suite "$suite"
     work=$(mktemp -d "$cache/fetch.XXXXXX")
     say "fetching the source of $package"
     (cd "$work" && apt_in "$suite" apt-get source --download-only "$package") ||
         die "the source of $package could not be fetched"
+    if ! ls "$work"/*_"$version"*.orig.tar.* >/dev/null 2>&1; then
+        die "$suite no longer carries version $version of $package: this recipe has to be looked at"
+    fi
     mkdir "$work/unpacked"
     tar -xf "$work"/*.orig.tar.* -C "$work/unpacked" --strip-components=1
     mkdir -p "$(dirname "$target")"
@@ -93,7 +99,8 @@ RUN
     rm -rf "$work"
 }
 
+# Not "[ -d ... ] || fetch": on the right of || a failing command would not end the script.
 android="$cache/src/android-platform-tools-$binder_version"
-[ -d "$android" ] || fetch_source "$binder_suite" "android-platform-tools" "$android"
-[ -d "$cache/src/tinyxml2" ] || fetch_source "$tinyxml2_suite" tinyxml2 "$cache/src/tinyxml2"
-[ -d "$cache/aidl" ] || fetch_aidl "$cache/aidl"
+if [ ! -d "$android" ]; then fetch_source "$binder_suite" android-platform-tools "$binder_version" "$android"; fi
+if [ ! -d "$cache/src/tinyxml2" ]; then fetch_source "$tinyxml2_suite" tinyxml2 "$tinyxml2_version" "$cache/src/tinyxml2"; fi
+if [ ! -d "$cache/aidl" ]; then fetch_aidl "$cache/aidl"; fi
