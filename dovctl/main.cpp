@@ -34,8 +34,6 @@ void waitForInterrupt() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // What binder says about a missing driver is not for those who did not ask for the log.
-    __android_log_set_logger([](const __android_log_message*) {});
     // What the platform's libraries say before a command runs is of no use to its user.
     __android_log_set_logger([](const __android_log_message*) {});
     // Notice of the service's death arrives on a binder thread.

@@ -23,17 +23,17 @@ ExitCode callService(Console& console, const char* what, const std::function<boo
                      Waits waits) {
     const std::string prefix = std::string(what) + ": ";
     const std::string service = std::string("service ") + kServiceName + " ";
-    const char* why = whyAbsent();
-    // A call that does not wait is made all the same: the library's log shows what it makes of it.
-    const bool done = (why == nullptr || waits == Waits::kNever) && call();
-    if (why != nullptr) {
-        console.fail(prefix + service + why);
-        return kNoService;
-    }
-    if (done) return kDone;
+    const char* before = whyAbsent();
+    // A call that does not wait is made all the same: the library's log shows what it makes of it,
+    // and the service may have come by then.
+    const bool done = (before == nullptr || waits == Waits::kNever) && call();
+    const char* after = whyAbsent();
+    if (done && after == nullptr) return kDone;
     // The library reports a refusal and a lost service alike.
-    if ((why = whyAbsent()) != nullptr) {
-        console.fail(prefix + service + "went away meanwhile: it " + why);
+    if (before != nullptr || after != nullptr) {
+        console.fail(
+                prefix + service +
+                (before != nullptr ? before : std::string("went away meanwhile: it ") + after));
         return kNoService;
     }
     console.fail(prefix + "the service refused");

@@ -6,6 +6,8 @@
 
 #include <android-base/stringprintf.h>
 
+#include "simulator/request_kinds.h"
+
 namespace simulator {
 
 using android::base::StringAppendF;
@@ -13,20 +15,20 @@ using android::base::StringPrintf;
 
 namespace {
 
-constexpr std::array<std::pair<int32_t, const char*>, 13> kRequestKinds = {{
-        {0x0, "state"},
-        {0x1, "resource control"},
-        {0x2, "scene control"},
-        {0x5, "diagnostics"},
-        {0x7, "thermal notification"},
-        {0x8, "event acquire"},
-        {0xa, "notification"},
-        {0xb, "history query"},
-        {0xc, "platform control"},
-        {0xd, "power-mode query"},
-        {0xf, "power-consumption query"},
-        {0x10, "dataset fetch"},
-        {0x11, "feature query"},
+constexpr std::array<std::pair<RequestKind, const char*>, 13> kRequestKinds = {{
+        {kStateQuery, "state query"},
+        {kResourceControl, "resource control"},
+        {kSceneControl, "scene control"},
+        {kDiagnostics, "diagnostics"},
+        {kThermalNotification, "thermal notification"},
+        {kEventAcquire, "event acquire"},
+        {kNotification, "notification"},
+        {kHistoryQuery, "history query"},
+        {kPlatformControl, "platform control"},
+        {kPowerModeQuery, "power-mode query"},
+        {kPowerConsumptionQuery, "power-consumption query"},
+        {kDatasetFetch, "dataset fetch"},
+        {kFeatureQuery, "feature query"},
 }};
 
 void appendText(std::string& line, const char* name, const std::optional<std::string>& text) {
@@ -36,7 +38,7 @@ void appendText(std::string& line, const char* name, const std::optional<std::st
 // Ids are opcodes more often than not; small ones are event, scene and feature ids.
 std::string idText(int32_t id) {
     return id > -0x10000 && id < 0x10000 ? std::to_string(id)
-                                   : StringPrintf("0x%08x", static_cast<uint32_t>(id));
+                                         : StringPrintf("0x%08x", static_cast<uint32_t>(id));
 }
 
 }  // namespace

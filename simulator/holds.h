@@ -1,49 +1,79 @@
-// What clients hold: every acquired request until it is released or its time runs out.
+// What is held: every acquired request and every active rule, and what value each resource has by
+// them.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
+#include <list>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include <aidl/vendor/tavro/hardware/mirx/MirxRequestData.h>
+#include "simulator/resources.h"
 
 namespace simulator {
 
-using aidl::vendor::tavro::hardware::mirx::MirxRequestData;
+// Who holds: a request by its handle, or a rule by its id.
+struct Holder {
+    enum Source { kRequest, kRule } source = kRequest;
+    int32_t number = 0;
 
-// One acquired request.
-struct Hold {
-    std::string owner;  // who acquired it, for people
-    std::vector<MirxRequestData> data;  // the data list that the request brought
-    int64_t duration = 0;  // milliseconds; 0 or less holds until it is released
+    auto operator<=>(const Holder&) const = default;
 };
 
-// Why a hold ended.
+// The holder as people write it: "handle 3" or "rule 14".
+std::string textOf(const Holder& holder);
+
+struct Hold {
+    Holder holder;
+    int32_t requestType = 0;
+    std::optional<int32_t> subject;  // event or scene id
+    std::vector<MirxRequestData> resources;  // what it sets
+    std::string package;
+    std::string identity;
+    int32_t pid = 0;
+    int64_t duration = 0;  // milliseconds; 0 or less holds until it is ended
+};
+
 enum class End { kReleased, kTimedOut, kReplaced };
 
 // The table of holds. Any thread may use it. Ends holds whose time has run out on a thread of its
 // own.
 class Holds {
   public:
-    using OnEnd = std::function<void(int32_t handle, const Hold& hold, End end)>;
+    struct Callbacks {
+        // A hold has ended.
+        std::function<void(const Hold& hold, End end)> onEnd;
+        // Resources have another effective value than before; one element each, with the value that
+        // shows now.
+        std::function<void(std::vector<MirxRequestData> changed)> onChange;
+    };
 
-    // `onEnd` is called after a hold has ended, with no lock held.
-    explicit Holds(OnEnd onEnd);
+    // The callbacks are made with no lock held, on the thread that made the change or on the
+    // timer's.
+    explicit Holds(Callbacks callbacks);
     ~Holds();
 
-    // Adds a hold under a handle that is in use nowhere; returns the handle, 1 or more.
+    // Adds a request under a handle that is in use nowhere, 1 or more; returns the handle. The
+    // holder in `hold` is ignored.
     int32_t add(Hold hold);
-    // Adds a hold under the caller's handle, in place of what that handle held.
-    void addAs(int32_t handle, Hold hold);
-    // Ends a hold. Returns false when the handle holds nothing.
-    bool release(int32_t handle);
-    // What is held now, by handle.
-    std::map<int32_t, Hold> current() const;
+    // Adds a hold for its own holder, in place of what that one held.
+    void put(Hold hold);
+    // Ends a hold. Returns false when the holder holds nothing.
+    bool end(const Holder& holder);
+
+    // What is held now, oldest first.
+    std::vector<Hold> current() const;
+    // The value that shows: the newest hold's, or the idle value. None when nobody holds a resource
+    // that is unknown.
+    std::optional<std::string> effectiveValue(const ResourceKey& key) const;
+    // Every held resource with the value that shows and the holder that it comes from.
+    std::map<ResourceKey, std::pair<std::string, Holder>> effective() const;
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -51,14 +81,18 @@ class Holds {
         Hold hold;
         Clock::time_point deadline;  // Clock::time_point::max() for none
     };
+    using Lock = std::unique_lock<std::mutex>;
 
-    void expire();
-    static Clock::time_point deadlineOf(const Hold& hold);
+    // Takes out what `holder` holds and adds `hold`, either of which may be missing; then calls
+    // back with the lock released.
+    bool replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, End end);
+    std::optional<std::string> effectiveValueLocked(const ResourceKey& key) const;
+    void runTimer();
 
-    const OnEnd mOnEnd;
+    const Callbacks mCallbacks;
     mutable std::mutex mMutex;
     std::condition_variable mChanged;
-    std::map<int32_t, Entry> mEntries;
+    std::list<Entry> mEntries;  // oldest first
     int32_t mLastHandle = 0;
     bool mStopped = false;
     std::thread mTimer;

@@ -1,8 +1,7 @@
 // The simulated resource-control service.
 #include "simulator/mirx_service.h"
 
-#include <algorithm>
-#include <array>
+#include <set>
 
 #include <android-base/stringprintf.h>
 
@@ -15,33 +14,33 @@ using ndk::ScopedAStatus;
 
 namespace {
 
-const char* textOf(End end) {
+const char* endText(End end) {
     switch (end) {
         case End::kReleased: return "released";
         case End::kTimedOut: return "time ran out";
-        case End::kReplaced: return "replaced under the same handle";
+        case End::kReplaced: return "replaced";
     }
     return "";
-}
-
-// Request kinds that hold something until they are released.
-bool acquires(int32_t requestType) {
-    constexpr std::array<int32_t, 4> kAcquiring = {0x1, 0x2, 0x8, 0xc};
-    return std::find(kAcquiring.begin(), kAcquiring.end(), requestType) != kAcquiring.end();
-}
-
-Hold holdOf(const MirxRequestParcel& parcel) {
-    return {.owner = parcel.identity.value_or(""),
-            .data = parcel.requestData,
-            .duration = parcel.duration};
 }
 
 }  // namespace
 
 MirxService::MirxService(Journal& journal)
-    : mJournal(journal), mHolds([&journal](int32_t handle, const Hold&, End end) {
-          journal.line(StringPrintf("ended    handle %d: %s", handle, textOf(end)));
-      }) {}
+    : mJournal(journal),
+      mListeners(journal),
+      mHolds({.onEnd =
+                      [this](const Hold& hold, End end) {
+                          mJournal.line("ended    " + textOf(hold.holder) + ": " + endText(end));
+                      },
+              .onChange =
+                      [this](const std::vector<MirxRequestData>& changed) {
+                          mListeners.notify(Listeners::Topic::kResources, changed);
+                      }}) {}
+
+void MirxService::received(const std::string& line) {
+    mJournal.line(line);
+    mHistory.record(line);
+}
 
 ScopedAStatus MirxService::init() {
     mJournal.line("init");
@@ -49,88 +48,80 @@ ScopedAStatus MirxService::init() {
 }
 
 ScopedAStatus MirxService::request(const MirxRequestParcel& parcel, int32_t* result) {
-    if (!acquires(parcel.requestType)) {
-        *result = kAccepted;
-    } else if (parcel.handle > 0) {
-        mHolds.addAs(parcel.handle, holdOf(parcel));
-        *result = parcel.handle;
-    } else {
-        *result = mHolds.add(holdOf(parcel));
-    }
-    mJournal.line("request  " + describe(parcel) + StringPrintf(" -> %d", *result));
+    *result = apply(parcel);
+    received("request  " + simulator::describe(parcel) + StringPrintf(" -> %d", *result));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::oneWayRequest(const MirxRequestParcel& parcel) {
-    if (acquires(parcel.requestType)) mHolds.addAs(parcel.handle, holdOf(parcel));
-    mJournal.line("one-way  " + describe(parcel));
+    apply(parcel);
+    received("one-way  " + simulator::describe(parcel));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::release(int32_t handle, int32_t* result) {
     mJournal.line(StringPrintf("release  handle %d", handle));
-    *result = mHolds.release(handle) ? 0 : -1;
+    *result = mHolds.end({Holder::kRequest, handle}) ? 0 : -1;
     if (*result != 0) mJournal.line(StringPrintf("         handle %d holds nothing", handle));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::stateRequest(const MirxRequestParcel& parcel,
                                         std::vector<MirxRequestData>* result) {
-    *result = parcel.requestData;
-    mJournal.line("state    " + describe(parcel) + " -> " + describe(*result));
+    *result = answer(parcel);
+    mJournal.line("state    " + simulator::describe(parcel) + " -> " +
+                  simulator::describe(*result));
     return ScopedAStatus::ok();
-}
-
-int32_t MirxService::newListeningHandle() {
-    return ++mLastListeningHandle;
 }
 
 ScopedAStatus MirxService::listeningRegister(const MirxRequestParcel& parcel,
                                              const std::shared_ptr<IMirxCallback>& callback,
                                              int32_t* result) {
-    std::lock_guard lock(mMutex);
-    *result = newListeningHandle();
-    mListeners[*result] = callback;
-    mJournal.line("listen   " + describe(parcel) + StringPrintf(" -> %d", *result));
+    std::set<ResourceKey> keys;
+    for (const MirxRequestData& data : parcel.requestData) keys.insert(keyOf(data));
+    *result = mListeners.add(Listeners::Topic::kResources, std::move(keys), callback);
+    mJournal.line("listen   " + simulator::describe(parcel) + StringPrintf(" -> %d", *result));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::listeningUnregister(int32_t handle, int32_t* result) {
-    std::lock_guard lock(mMutex);
-    *result = mListeners.erase(handle) != 0 ? 0 : -1;
+    *result = mListeners.remove(Listeners::Topic::kResources, handle) ? 0 : -1;
     mJournal.line(StringPrintf("unlisten handle %d -> %d", handle, *result));
-    return ScopedAStatus::ok();
-}
-
-ScopedAStatus MirxService::propertyGet(const std::string& key, std::string* result) {
-    std::lock_guard lock(mMutex);
-    const auto property = mProperties.find(key);
-    if (property != mProperties.end()) *result = property->second;
-    mJournal.line("property " + quoted(key) + " -> " + quoted(*result));
-    return ScopedAStatus::ok();
-}
-
-ScopedAStatus MirxService::propertySet(const std::string& key, const std::string& value,
-                                       int32_t* result) {
-    std::lock_guard lock(mMutex);
-    mProperties[key] = value;
-    *result = 0;
-    mJournal.line("property " + quoted(key) + " = " + quoted(value));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::thermalListeningRegister(const std::vector<int32_t>& ids,
                                                     const std::shared_ptr<IMirxCallback>& callback,
                                                     int32_t* result) {
-    std::lock_guard lock(mMutex);
-    *result = newListeningHandle();
-    mListeners[*result] = callback;
-    mJournal.line(StringPrintf("thermal  listen to %zu subsystems -> %d", ids.size(), *result));
+    std::set<ResourceKey> keys;
+    std::string line = "listen   thermal";
+    for (const int32_t id : ids) {
+        keys.insert({.opcode = id});
+        line += StringPrintf(" %d", id);
+    }
+    *result = mListeners.add(Listeners::Topic::kThermal, std::move(keys), callback);
+    mJournal.line(line + StringPrintf(" -> %d", *result));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::thermalListeningUnregister(int32_t handle, int32_t* result) {
-    return listeningUnregister(handle, result);
+    *result = mListeners.remove(Listeners::Topic::kThermal, handle) ? 0 : -1;
+    mJournal.line(StringPrintf("unlisten thermal handle %d -> %d", handle, *result));
+    return ScopedAStatus::ok();
+}
+
+ScopedAStatus MirxService::propertyGet(const std::string& key, std::string* result) {
+    *result = mProperties.get(key, "");
+    mJournal.line("property " + quoted(key) + " -> " + quoted(*result));
+    return ScopedAStatus::ok();
+}
+
+ScopedAStatus MirxService::propertySet(const std::string& key, const std::string& value,
+                                       int32_t* result) {
+    mProperties.set(key, value);
+    *result = 0;
+    mJournal.line("property " + quoted(key) + " = " + quoted(value));
+    return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::reservedOperation() {
@@ -139,15 +130,22 @@ ScopedAStatus MirxService::reservedOperation() {
 }
 
 ScopedAStatus MirxService::setRelatedSysInfo(int32_t first, int32_t second, int32_t* result) {
-    mJournal.line(StringPrintf("sysinfo  %d %d", first, second));
+    mProperties.set("sysinfo." + std::to_string(first), std::to_string(second));
     *result = 0;
+    received(StringPrintf("sysinfo  %d %d", first, second));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::ruleCtl(int32_t ruleId, int32_t status,
                                    const std::vector<MirxRequestData>& resources, int32_t* result) {
-    mJournal.line(StringPrintf("rule     %d status=%d data=", ruleId, status) +
-                  describe(resources));
+    received(StringPrintf("rule     %d status=%d data=", ruleId, status) +
+             simulator::describe(resources));
+    const Holder holder = {Holder::kRule, ruleId};
+    if (status != 0) {
+        mHolds.put({.holder = holder, .subject = status, .resources = resources});
+    } else {
+        mHolds.end(holder);
+    }
     *result = 0;
     return ScopedAStatus::ok();
 }

@@ -1,19 +1,30 @@
 // The simulated resource-control service.
 #pragma once
 
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
 #include <aidl/vendor/tavro/hardware/mirx/BnMirx.h>
 
+#include "simulator/history.h"
 #include "simulator/holds.h"
 #include "simulator/journal.h"
+#include "simulator/listeners.h"
+#include "simulator/properties.h"
 
 namespace simulator {
 
 using aidl::vendor::tavro::hardware::mirx::BnMirx;
-using aidl::vendor::tavro::hardware::mirx::IMirxCallback;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 
 // Answers every operation of IMirx and writes each one that it receives to the journal, one line
 // each. Binder threads call it in parallel.
+//
+// The newest hold of a resource determines its value; when it ends, the one before it shows again.
+// A request with a callback is completed at once. Properties named feature.N and power_mode.N
+// answer the queries for feature and power-mode status N.
 class MirxService : public BnMirx {
   public:
     explicit MirxService(Journal& journal);
@@ -42,16 +53,22 @@ class MirxService : public BnMirx {
     ndk::ScopedAStatus oneWayRequest(const MirxRequestParcel& parcel) override;
 
   private:
-    // The answer to a request that acquires nothing and was accepted.
-    static constexpr int32_t kAccepted = 1;
+    void received(const std::string& line);
 
-    int32_t newListeningHandle();
+    // The kinds of request and query (requests.cpp, queries.cpp, dumps.cpp).
+    int32_t apply(const MirxRequestParcel& parcel);
+    int32_t acquire(const MirxRequestParcel& parcel);
+    int32_t noteThermalLevels(const MirxRequestParcel& parcel);
+    std::vector<MirxRequestData> answer(const MirxRequestParcel& query) const;
+    int32_t diagnose(const MirxRequestParcel& parcel);
+    void writeTable(const std::string& title, const std::vector<std::string>& lines);
 
     Journal& mJournal;
-    std::mutex mMutex;
-    std::map<std::string, std::string> mProperties;
-    std::map<int32_t, std::shared_ptr<IMirxCallback>> mListeners;
-    int32_t mLastListeningHandle = 0;
+    History mHistory;
+    Properties mProperties;
+    std::mutex mThermalMutex;
+    std::map<int32_t, std::string> mThermalLevels;
+    Listeners mListeners;
     Holds mHolds;  // last: its thread uses the rest
 };
 

@@ -1,7 +1,8 @@
 // The simulator's parts: the line it prints for a parcel and the table of holds.
 #include <chrono>
-#include <future>
 #include <limits>
+#include <mutex>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -10,13 +11,15 @@
 
 using simulator::End;
 using simulator::Hold;
+using simulator::Holder;
 using simulator::Holds;
 using simulator::MirxRequestData;
 using simulator::MirxRequestParcel;
+using simulator::ResourceKey;
 
 TEST(DescribeTest, aParcelIsOneReadableLine) {
     MirxRequestParcel parcel;
-    EXPECT_EQ(simulator::describe(parcel), "state (0) data=[]");
+    EXPECT_EQ(simulator::describe(parcel), "state query (0) data=[]");
 
     parcel.requestType = 8;
     parcel.requestData.resize(2);
@@ -44,16 +47,36 @@ TEST(DescribeTest, aParcelIsOneReadableLine) {
 namespace {
 
 struct Ended {
-    int32_t handle;
+    Holder holder;
     End end;
     bool operator==(const Ended&) const = default;
 };
+
+MirxRequestData setting(int32_t opcode, const std::string& value) {
+    MirxRequestData data;
+    data.id = opcode;
+    data.value = value;
+    return data;
+}
+
+MirxRequestData pathSetting(const std::string& path, const std::string& value) {
+    MirxRequestData data = setting(0, value);
+    data.path = path;
+    return data;
+}
+
+constexpr int32_t kFloor = 0x01010010;  // idles at 300000
+const Holder kRule14 = {Holder::kRule, 14};
 
 class HoldsTest : public testing::Test {
   protected:
     std::vector<Ended> ended() {
         std::lock_guard lock(mMutex);
         return mEnded;
+    }
+    std::string takeChanges() {
+        std::lock_guard lock(mMutex);
+        return simulator::describe(std::exchange(mChanges, {}));
     }
     bool eventuallyEnded(size_t count) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -62,13 +85,21 @@ class HoldsTest : public testing::Test {
         }
         return ended().size() == count;
     }
+    static Holder request(int32_t handle) { return {Holder::kRequest, handle}; }
 
     std::mutex mMutex;
     std::vector<Ended> mEnded;
-    Holds holds{[this](int32_t handle, const Hold&, End end) {
-        std::lock_guard lock(mMutex);
-        mEnded.push_back({handle, end});
-    }};
+    std::vector<MirxRequestData> mChanges;
+    Holds holds{{.onEnd =
+                         [this](const Hold& hold, End end) {
+                             std::lock_guard lock(mMutex);
+                             mEnded.push_back({hold.holder, end});
+                         },
+                 .onChange =
+                         [this](const std::vector<MirxRequestData>& changed) {
+                             std::lock_guard lock(mMutex);
+                             mChanges.insert(mChanges.end(), changed.begin(), changed.end());
+                         }}};
 };
 
 }  // namespace
@@ -80,23 +111,52 @@ TEST_F(HoldsTest, holdsEndOnceAndOnlyWhenReleasedOrTimedOut) {
     const int32_t late = holds.add({.duration = 60});
     const int32_t soon = holds.add({.duration = 20});
     EXPECT_TRUE(eventuallyEnded(2));
-    EXPECT_THAT(ended(),
-                testing::ElementsAre(Ended{soon, End::kTimedOut}, Ended{late, End::kTimedOut}));
-    EXPECT_FALSE(holds.release(soon));
-    EXPECT_TRUE(holds.release(forGood));
-    EXPECT_FALSE(holds.release(forGood));
-    EXPECT_EQ(holds.current().size(), 2u);
-    EXPECT_TRUE(holds.current().contains(negative));
-    EXPECT_TRUE(holds.current().contains(forAges));
+    EXPECT_THAT(ended(), testing::ElementsAre(Ended{request(soon), End::kTimedOut},
+                                              Ended{request(late), End::kTimedOut}));
+    EXPECT_FALSE(holds.end(request(soon)));
+    EXPECT_TRUE(holds.end(request(forGood)));
+    EXPECT_FALSE(holds.end(request(forGood)));
+    const auto left = holds.current();
+    ASSERT_EQ(left.size(), 2u);
+    EXPECT_EQ(left[0].holder, request(negative));
+    EXPECT_EQ(left[1].holder, request(forAges));
 }
 
 TEST_F(HoldsTest, aHandleOfTheCallersOwnReplacesWhatItHeldAndIsNotGivenOut) {
-    holds.addAs(1, {.owner = "first"});
+    holds.put({.holder = request(1), .identity = "first"});
     EXPECT_EQ(holds.add({}), 2);
-    holds.addAs(1, {.owner = "second", .duration = 20});
-    EXPECT_THAT(ended(), testing::ElementsAre(Ended{1, End::kReplaced}));
-    EXPECT_EQ(holds.current().at(1).owner, "second");
+    holds.put({.holder = request(1), .identity = "second", .duration = 20});
+    EXPECT_THAT(ended(), testing::ElementsAre(Ended{request(1), End::kReplaced}));
+    EXPECT_EQ(holds.current().back().identity, "second");
     EXPECT_TRUE(eventuallyEnded(2));
-    holds.addAs(-1, {});
-    EXPECT_TRUE(holds.release(-1));
+    holds.put({.holder = request(-1)});
+    EXPECT_TRUE(holds.end(request(-1)));
+}
+
+TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
+    const ResourceKey floor = {.opcode = kFloor};
+    EXPECT_EQ(holds.effectiveValue(floor), "300000");
+    const int32_t older = holds.add({.resources = {setting(kFloor, "1"), setting(77, "x")}});
+    EXPECT_EQ(takeChanges(), "[{id=77 value=\"x\"} {id=0x01010010 value=\"1\"}]");
+    const int32_t newer = holds.add({.resources = {setting(kFloor, "5"), setting(kFloor, "2")}});
+    EXPECT_EQ(takeChanges(), "[{id=0x01010010 value=\"2\"}]") << "the later of two settings counts";
+    holds.put({.holder = kRule14, .resources = {setting(kFloor, "2")}});
+    EXPECT_EQ(takeChanges(), "[]") << "the value that shows is the same";
+    holds.end(request(newer));
+    EXPECT_EQ(takeChanges(), "[]");
+    holds.end(kRule14);
+    EXPECT_EQ(takeChanges(), "[{id=0x01010010 value=\"1\"}]");
+    EXPECT_EQ(holds.effective().at(floor), (std::pair<std::string, Holder>("1", request(older))));
+    holds.end(request(older));
+    EXPECT_EQ(takeChanges(), "[{id=77} {id=0x01010010 value=\"300000\"}]")
+            << "an unknown resource has no value once nobody holds it";
+}
+
+TEST_F(HoldsTest, pathsAndRulesHaveNamesOfTheirOwn) {
+    holds.put({.holder = request(14), .resources = {pathSetting("/a", "1")}});
+    holds.put({.holder = kRule14, .resources = {setting(0, "2")}});
+    EXPECT_TRUE(ended().empty()) << "a rule is no request, even with the same number";
+    EXPECT_EQ(holds.effectiveValue({.path = "/a"}), "1");
+    EXPECT_EQ(holds.effectiveValue({.opcode = 0}), "2");
+    EXPECT_EQ(holds.effectiveValue({.path = "/b"}), std::nullopt);
 }

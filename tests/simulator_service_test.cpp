@@ -1,0 +1,194 @@
+// The simulated service behind real proxies: queries, listeners, thermal levels, dumps.
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
+#include <aidl/vendor/tavro/hardware/mirx/IMirx.h>
+#include <android/binder_manager.h>
+
+#include "simulator/describe.h"
+#include "simulator/mirx_service.h"
+#include "tests/support/test_services.h"
+
+using aidl::vendor::tavro::hardware::mirx::BnMirxCallback;
+using aidl::vendor::tavro::hardware::mirx::IMirx;
+using testing::HasSubstr;
+
+namespace {
+
+class Callback : public BnMirxCallback {
+  public:
+    ndk::ScopedAStatus onCallback(const std::vector<MirxRequestData>& data) override {
+        std::lock_guard lock(mMutex);
+        mHeard.push_back(simulator::describe(data));
+        return ndk::ScopedAStatus::ok();
+    }
+    std::vector<std::string> heard() {
+        std::lock_guard lock(mMutex);
+        return mHeard;
+    }
+
+  private:
+    std::mutex mMutex;
+    std::vector<std::string> mHeard;
+};
+
+MirxRequestData setting(int32_t opcode, std::optional<std::string> value = {}) {
+    MirxRequestData data;
+    data.id = opcode;
+    data.value = std::move(value);
+    return data;
+}
+
+MirxRequestParcel parcel(int32_t requestType, std::vector<MirxRequestData> data) {
+    MirxRequestParcel parcel;
+    parcel.requestType = requestType;
+    parcel.requestData = std::move(data);
+    return parcel;
+}
+
+constexpr int32_t kFloor = 0x01010010;
+
+}  // namespace
+
+class SimulatorServiceTest : public BinderTest {
+  protected:
+    SimulatorServiceTest() {
+        serve(simulated->asBinder());
+        mirx = IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kServiceName)));
+    }
+    ~SimulatorServiceTest() override { mirx.reset(); }
+
+    int32_t request(const MirxRequestParcel& parcel) {
+        int32_t result = 0;
+        EXPECT_TRUE(mirx->request(parcel, &result).isOk());
+        return result;
+    }
+    int32_t release(int32_t handle) {
+        int32_t result = 0;
+        EXPECT_TRUE(mirx->release(handle, &result).isOk());
+        return result;
+    }
+    std::string state(const MirxRequestParcel& query) {
+        std::vector<MirxRequestData> data;
+        EXPECT_TRUE(mirx->stateRequest(query, &data).isOk());
+        return simulator::describe(data);
+    }
+    int32_t listen(const std::shared_ptr<Callback>& callback, std::vector<MirxRequestData> keys) {
+        int32_t handle = 0;
+        EXPECT_TRUE(mirx->listeningRegister(parcel(0, std::move(keys)), callback, &handle).isOk());
+        return handle;
+    }
+
+    std::ostringstream printed;
+    simulator::Journal journal{printed};
+    std::shared_ptr<simulator::MirxService> simulated =
+            ndk::SharedRefBase::make<simulator::MirxService>(journal);
+    std::shared_ptr<IMirx> mirx;
+};
+
+TEST_F(SimulatorServiceTest, everyQueryHasAnAnswerThatMakesSense) {
+    int32_t result = 0;
+    mirx->propertySet("feature.3", "1", &result);
+    mirx->propertySet("power_mode.2", "7", &result);
+    EXPECT_EQ(state(parcel(0, {setting(kFloor, ""), setting(5, "")})),
+              "[{id=0x01010010 value=\"300000\"} {id=5}]");
+    request(parcel(1, {setting(kFloor, "9"), setting(5, "x")}));
+    EXPECT_EQ(state(parcel(0, {setting(kFloor, ""), setting(5, "")})),
+              "[{id=0x01010010 value=\"9\"} {id=5 value=\"x\"}]");
+    EXPECT_EQ(state(parcel(0xd, {setting(2)})), "[{id=2 value=\"7\"}]");
+    EXPECT_EQ(state(parcel(0xd, {setting(1)})), "[{id=1 value=\"0\"}]");
+    EXPECT_EQ(state(parcel(0x11, {setting(3)})), "[{id=3 value=\"1\"}]");
+    EXPECT_EQ(state(parcel(0x11, {})), "[{id=0 value=\"0\"}]");
+    EXPECT_EQ(state(parcel(0xf, {setting(1), setting(2)})), "[{id=1 value=\"155\"}]");
+    EXPECT_THAT(state(parcel(0x10, {})), HasSubstr("{id=0x01010010 value=\"9\"}"));
+    EXPECT_THAT(state(parcel(0xb, {})), HasSubstr("resource control (1)"));
+    EXPECT_EQ(state(parcel(99, {setting(1)})), "[]");
+}
+
+TEST_F(SimulatorServiceTest, rulesHoldTheirResourcesWhileTheirStatusIsNotZero) {
+    int32_t result = -1;
+    EXPECT_TRUE(mirx->ruleCtl(14, 2, {setting(kFloor, "1")}, &result).isOk());
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"1\"}]");
+    mirx->ruleCtl(14, 1, {}, &result);
+    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
+    mirx->ruleCtl(14, 1, {setting(kFloor, "2")}, &result);
+    mirx->ruleCtl(14, 0, {setting(kFloor, "3")}, &result);
+    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
+}
+
+TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothingElse) {
+    const auto callback = ndk::SharedRefBase::make<Callback>();
+    const int32_t handle = listen(callback, {setting(kFloor), setting(5)});
+    const int32_t older = request(parcel(1, {setting(kFloor, "1"), setting(6, "6")}));
+    const int32_t newer = request(parcel(1, {setting(kFloor, "2")}));
+    release(newer);
+    release(older);
+    EXPECT_TRUE(eventually([&] { return callback->heard().size() == 4; }));
+    EXPECT_THAT(callback->heard(), testing::ElementsAre("[{id=0x01010010 value=\"1\"}]",
+                                                        "[{id=0x01010010 value=\"2\"}]",
+                                                        "[{id=0x01010010 value=\"1\"}]",
+                                                        "[{id=0x01010010 value=\"300000\"}]"));
+    int32_t result = 0;
+    mirx->thermalListeningUnregister(handle, &result);
+    EXPECT_EQ(result, -1) << "not a thermal registration";
+    mirx->listeningUnregister(handle, &result);
+    EXPECT_EQ(result, 0);
+    mirx->listeningUnregister(handle, &result);
+    EXPECT_EQ(result, -1);
+    request(parcel(1, {setting(kFloor, "3")}));
+    // A completion comes after every callback that was due before it.
+    MirxRequestParcel last = parcel(1, {});
+    const auto completion = ndk::SharedRefBase::make<Callback>();
+    last.callback = completion;
+    request(last);
+    EXPECT_TRUE(eventually([&] { return completion->heard().size() == 1; }));
+    EXPECT_EQ(callback->heard().size(), 4u);
+}
+
+TEST_F(SimulatorServiceTest, thermalListenersHearOfTheirSubsystemsChangesOnly) {
+    const auto callback = ndk::SharedRefBase::make<Callback>();
+    int32_t handle = 0;
+    EXPECT_TRUE(mirx->thermalListeningRegister({1, 2}, callback, &handle).isOk());
+    for (const char* level : {"3", "3", "4"}) {
+        EXPECT_EQ(request(parcel(7, {setting(1, level), setting(9, level)})), 1);
+    }
+    EXPECT_TRUE(eventually([&] { return callback->heard().size() == 2; }));
+    EXPECT_THAT(callback->heard(),
+                testing::ElementsAre("[{id=1 value=\"3\"}]", "[{id=1 value=\"4\"}]"));
+}
+
+TEST_F(SimulatorServiceTest, diagnosticsPrintTablesAndSwitchTheHistory) {
+    MirxRequestParcel scene = parcel(2, {setting(7)});
+    scene.pid = 1234;
+    const int32_t handle = request(scene);
+    request(parcel(1, {setting(kFloor, "9")}));
+    const std::vector<std::pair<int32_t, std::string>> tables = {
+            {0, "callbacks to make: 0"},
+            {1, "handle " + std::to_string(handle)},
+            {2, "0x01010010"},
+            {3, "{id=0x01010010 value=\"9\"}"},
+            {4, "cpu0 frequency floor"},
+            {5, "scenes: 1"},
+            {6, "pid 1234"},
+            {7, "listeners: 0"},
+            {8, "scene control (2)"},
+    };
+    for (const auto& [code, text] : tables) {
+        printed.str("");
+        EXPECT_EQ(request(parcel(5, {setting(code)})), 1);
+        EXPECT_THAT(printed.str(), HasSubstr("dump     "));
+        EXPECT_THAT(printed.str(), HasSubstr(text));
+    }
+    EXPECT_EQ(request(parcel(5, {setting(9)})), 0) << "the gap in the codes";
+    EXPECT_EQ(request(parcel(5, {})), 0);
+    EXPECT_EQ(request(parcel(5, {setting(11)})), 1);
+    const std::string before = state(parcel(0xb, {}));
+    request(parcel(1, {setting(1, "1")}));
+    EXPECT_EQ(state(parcel(0xb, {})), before);
+    EXPECT_EQ(request(parcel(5, {setting(10)})), 1);
+    request(parcel(1, {setting(1, "1")}));
+    EXPECT_NE(state(parcel(0xb, {})), before);
+}
