@@ -10,7 +10,8 @@ binder_version=34.0.5   # upstream version of android-platform-tools in the suit
 binder_suite=trixie
 aidl_suite=forky
 tinyxml2_version=9.0.0
-tinyxml2_suite=bookworm
+jsoncpp_version=1.9.5
+libraries_suite=bookworm
 
 rm -rf "$cache"/fetch.*  # what an interrupted run has left
 
@@ -102,5 +103,10 @@ RUN
 # Not "[ -d ... ] || fetch": on the right of || a failing command would not end the script.
 android="$cache/src/android-platform-tools-$binder_version"
 if [ ! -d "$android" ]; then fetch_source "$binder_suite" android-platform-tools "$binder_version" "$android"; fi
-if [ ! -d "$cache/src/tinyxml2" ]; then fetch_source "$tinyxml2_suite" tinyxml2 "$tinyxml2_version" "$cache/src/tinyxml2"; fi
+if [ ! -d "$cache/src/tinyxml2" ]; then
+    fetch_source "$libraries_suite" tinyxml2 "$tinyxml2_version" "$cache/src/tinyxml2"
+fi
+if [ ! -d "$cache/src/jsoncpp" ]; then
+    fetch_source "$libraries_suite" libjsoncpp "$jsoncpp_version" "$cache/src/jsoncpp"
+fi
 if [ ! -d "$cache/aidl" ]; then fetch_aidl "$cache/aidl"; fi
