@@ -1,4 +1,4 @@
-// The low-level client's globals, how the proxy is bound and how it is dropped.
+// How the low-level client's proxy is bound and how it is dropped.
 #include "client/binding.h"
 
 #include <android/binder_manager.h>
@@ -7,14 +7,7 @@
 
 namespace mirxHalclient::internal {
 
-// In the order in which they are made; destroyed in reverse when the process ends.
-std::shared_ptr<IMirx> g_mirx_hal;
-std::shared_timed_mutex g_mirx_hal_mutex;
 static DeathLink g_mirx_death_recipient;
-
-static void logError(const char* text) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", text);
-}
 
 static void onMirxDied(void* /*cookie*/) {
     std::lock_guard lock(g_mirx_hal_mutex);

@@ -31,25 +31,51 @@ void get_mirx_hal_and_link_to_death();
 // g_mirx_hal_mutex.
 void dropMirxHal(const char* failureName);
 
-// The pattern around every service call: log `entry`, bind, call with the lock held shared, drop
+inline void logInfo(const char* text) {
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s", text);
+}
+inline void logError(const char* text) {
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", text);
+}
+
+// How an operation appears in the log.
+struct Operation {
+    const char* entry;  // logged first of all
+    const char* failureName;  // what the log calls it when its call has failed
+};
+
+// The status of an operation's one call, or nothing when it has refused to make it.
+using Attempt = std::optional<ndk::ScopedAStatus>;
+
+// Logs why an operation refuses to call.
+inline Attempt refuse(const char* why) {
+    logError(why);
+    return std::nullopt;
+}
+
+inline void doNothing() {}
+
+// The pattern around every service call: log the entry, bind, call with the lock held shared, drop
 // the proxy on failure.
 //
-// `call` takes the proxy (IMirx&) and returns the status of its one call, or nothing when it has
-// refused to make it; it runs with g_mirx_hal_mutex held shared. `failureName` is what the log
-// calls an operation that failed.
+// `call` takes the proxy (IMirx&) and returns an Attempt; it runs with g_mirx_hal_mutex held
+// shared. `afterCall` runs once the call was made and that lock released, before the status is
+// looked at. A lock that either of them takes and leaves to the operation is still held while the
+// proxy is dropped.
 //
 // Returns true when the service was called and its status is OK.
-template <typename Call>
-bool callMirx(const char* entry, const char* failureName, Call&& call) {
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s", entry);
+template <typename Call, typename AfterCall = void (*)()>
+bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall = doNothing) {
+    logInfo(operation.entry);
     get_mirx_hal_and_link_to_death();
     std::shared_lock lock(g_mirx_hal_mutex);
     if (!g_mirx_hal) return false;
-    const std::optional<ndk::ScopedAStatus> status = std::forward<Call>(call)(*g_mirx_hal);
+    const Attempt status = std::forward<Call>(call)(*g_mirx_hal);
     lock.unlock();
     if (!status) return false;
+    std::forward<AfterCall>(afterCall)();
     if (status->isOk()) return true;
-    dropMirxHal(failureName);
+    dropMirxHal(operation.failureName);
     return false;
 }
 

@@ -6,7 +6,7 @@
 namespace mirxHalclient {
 
 void mirx_init() {
-    internal::callMirx("mirx client mirx_init", "mirx_init",
+    internal::callMirx({"mirx client mirx_init", "mirx_init"},
                        [](dovcommon::IMirx& hal) { return hal.init(); });
 }
 

@@ -1,0 +1,35 @@
+// The listening registry: what the low-level client keeps of registrations.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "client/callback_client.h"
+
+namespace mirxHalclient::internal {
+
+// One registration. What it watches is in one of the two lists, the other stays empty; both are
+// compared with those of later registrations, so an empty list counts as registered too.
+struct MirxCallbackGroup {
+    MirxCallbackGroup(std::shared_ptr<MirxCallbackClient> callback, std::vector<int> opcodes,
+                      int handle)
+        : opcodes(std::move(opcodes)), handle(handle), callback(std::move(callback)) {}
+    MirxCallbackGroup(std::shared_ptr<MirxCallbackClient> callback, std::vector<std::string> paths,
+                      int handle)
+        : paths(std::move(paths)), handle(handle), callback(std::move(callback)) {}
+
+    std::vector<int> opcodes;  // resources or thermal subsystems, in the caller's order
+    std::vector<std::string> paths;
+    int handle;  // the service's
+    std::shared_ptr<MirxCallbackClient> callback;
+};
+
+// Lock order: g_mirx_hal_mutex shared, then listening_callback_mutex; once the shared lock has been
+// released, listening_callback_mutex, then g_mirx_hal_mutex exclusive.
+extern std::mutex listening_callback_mutex;
+extern std::vector<MirxCallbackGroup> listening_callback_groups;
+
+}  // namespace mirxHalclient::internal

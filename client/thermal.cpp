@@ -1,0 +1,56 @@
+// Thermal levels that a client reports, and listening to thermal subsystems.
+#include <dov/halclient.h>
+
+#include "client/binding.h"
+#include "client/registry.h"
+#include "client/request_data.h"
+
+using DovClient::Resource;
+using namespace mirxHalclient::internal;
+
+namespace mirxHalclient {
+
+int mirxThermalNotify(std::list<Resource>& levels, int pid) {
+    int32_t result = -1;
+    callMirx({"mirx client mirxThermalNotify", "mirxThermalNotify"}, [&](IMirx& hal) -> Attempt {
+        if (!checkResourceList(levels)) {
+            return refuse("mirxThermalNotify ERROR: size unmatched for id and level ");
+        }
+        MirxRequestParcel parcel;
+        parcel.requestType = kThermalNotification;
+        parcel.pid = pid;
+        parcel.requestData = toRequestData(levels);
+        return hal.request(parcel, &result);
+    });
+    return toAcceptance(result);
+}
+
+int mirxThermalListeningRegister(const std::vector<int>& subsystems,
+                                 const std::shared_ptr<IClientCallback>& callback) {
+    int32_t handle = -1;
+    std::shared_ptr<MirxCallbackClient> client;
+    const bool registered = callMirx(
+            {"mirxThermalListeningRegister", "mirxThermalListeningRegister"}, [&](IMirx& hal) {
+                client = forRegistration(callback);
+                return hal.thermalListeningRegister(subsystems, client, &handle);
+            });
+    if (registered) {
+        // Without listening_callback_mutex and without a test for duplicates, as the header says:
+        // callers serialise it themselves.
+        listening_callback_groups.emplace_back(client, subsystems, handle);
+        logInfo("subsys's callback has been registered to Mirx HAL");
+    }
+    return handle;
+}
+
+int mirxThermalListeningUnregister(int handle) {
+    int32_t result = -1;
+    const bool unregistered = callMirx(
+            {"mirx client mirxThermalListeningUnregister", "mirxThermalListeningUnregister"},
+            [&](IMirx& hal) { return hal.thermalListeningUnregister(handle, &result); });
+    // The registry keeps its entry until mirxResListeningUnRegister is called with the handle.
+    if (unregistered) logInfo("subsys's callback has been unRegistered to Mirx HAL");
+    return result;
+}
+
+}  // namespace mirxHalclient
