@@ -4,7 +4,9 @@
 #include <dov/dov.h>
 
 #include "api/binding.h"
+#include "api/request_data.h"
 #include "api/trace_name.h"
+#include "common/or_none.h"
 
 using DovClient::Resource;
 using namespace dov;
@@ -14,11 +16,6 @@ namespace {
 // The two command ids that stand for a request without an event.
 constexpr int32_t kPlainResources = -2;
 constexpr int32_t kPlatformResources = -3;
-
-// Ends in a zero character in both cases, for the log.
-std::string_view orNone(const std::string& text) {
-    return text.empty() ? std::string_view("none") : text;
-}
 
 void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
                  const std::string& identity, int32_t duration) {
@@ -57,11 +54,7 @@ MirxRequestParcel makeParcel(int32_t cmdid, const std::string& pkg, const std::s
     std::vector<MirxRequestData> data;
     data.reserve(resources.size() + 1);
     if (parcel.requestType == kEventAcquire) data.emplace_back().id = cmdid;
-    for (const Resource& resource : resources) {
-        MirxRequestData& element = data.emplace_back();
-        element.id = resource.opcode;
-        element.value = resource.value;
-    }
+    for (const Resource& resource : resources) data.push_back(toRequestData(resource));
     parcel.requestData = std::move(data);
     return parcel;
 }

@@ -1,5 +1,5 @@
 // The event interface: acquire performance for an event, a list of resources or a platform request,
-// and give it back.
+// and give it back; tell the service about the system; ask it for state.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,9 @@
 // Ownership. Arguments are read during the call only. A handle belongs to the caller, who gives it
 // to DovRelease; the library keeps no list of handles.
 //
-// Errors. No function throws, except for memory exhaustion.
+// Errors. Only memory exhaustion makes a function throw, except for the queries that say otherwise:
+// a reply that they cannot read leaves them as an exception of the standard library. No lock is
+// held then, the binding stays, and the next call works.
 //
 // The functions have plain C names but take C++ types: build the caller with the library's own C++
 // standard library.
@@ -46,11 +48,12 @@ int32_t dovInit();
 
 // Acquires what the service holds for an event.
 //
-// cmdid      the event; -2 and -3 stand for a plain resource list and a platform request (see the
-// two functions below). pkg        package name of the caller; may be empty. identity   free text
-// that says who asks; may be empty. duration   how long to hold, in the service's unit; 0 or less
-// holds until DovRelease. resources  further resources to set; an absent value is sent as absent.
-// May be empty.
+// - cmdid: the event; -2 and -3 stand for a plain resource list and a platform request (see the two
+//   functions below).
+// - pkg: package name of the caller; may be empty.
+// - identity: free text that says who asks; may be empty.
+// - duration: how long to hold, in the service's unit; 0 or less holds until DovRelease.
+// - resources: further resources to set; an absent value is sent as absent. May be empty.
 //
 // Returns the handle that the service chose, or -1 when nothing was acquired. Marks a trace section
 // with the arguments. Logs the call at information priority and, when the call failed,
@@ -80,6 +83,87 @@ int32_t DovPlatformResAcquire(const std::vector<DovClient::Resource>& resources,
 // Gives back what `handle` acquired. Any value is passed on; an unknown one is the service's to
 // ignore. Reports nothing to the caller. Marks a trace section.
 void DovRelease(int32_t handle);
+
+// Tells the service that something has happened. `id` and `arg` are passed on unchanged, their
+// meaning is the service's. Of `values` the service learns only how many there are; none counts as
+// one.
+//
+// Returns 0 when the service took the notification, -1 otherwise. Logs "DovNotify enter" at
+// information priority.
+int32_t DovNotify(int32_t id, int32_t arg, const std::vector<int32_t>& values);
+
+// Passes two integers of related system information on unchanged; their meaning is the service's.
+//
+// Returns the service's answer, which may itself be -1, or -1 when the call failed. Logs failures
+// only.
+int32_t setRelatedSysInfo(int32_t first, int32_t second);
+
+// Switches a rule of the service.
+//
+// - ruleId: which rule; any value is passed on.
+// - status: the rule's new state, 0 for off.
+// - resources: what the rule sets; an absent value is sent as absent. May be empty.
+//
+// Returns the service's answer, which may itself be -1, or -1 when the call failed. Logs ruleId and
+// status at information priority.
+int32_t dovRuleCtl(int32_t ruleId, int32_t status,
+                   const std::vector<DovClient::Resource>& resources);
+
+// The queries below log their entry at information priority. Their outputs are written after the
+// reply has come, without a lock, and keep what they held when -1 is returned.
+
+// Asks for the values of several resources.
+//
+// - resources: the opcodes to ask for, with values that are sent along where present. The value of
+//   each resource that the reply gives a value for is replaced; the others keep theirs.
+//
+// Returns how many resources received a value, from 0; -1 when the list is empty (nothing is sent),
+// the call failed or the reply is empty. Logs each value at debug priority, each opcode that the
+// reply lacks at information priority ("not match any opcode in dovcore"), and at error priority
+// "input resource is empty, return" or "failed to get resource value".
+int32_t DovMutiResStateRequest(std::vector<DovClient::Resource>& resources);
+
+// Asks for the value of one resource and writes it to `value`; without an answer for it, `value`
+// keeps what it held. For opcode 0x1011670 `value` becomes the decimal text of DovGetPowerConsis(),
+// "-1" included, with the exceptions of that function.
+void DovResStateRequest(int32_t opcode, std::string& value);
+
+// Asks for the history of requests. `history` becomes "start:", the entries separated by ";" (an
+// absent one is "none"), and ";end".
+//
+// Returns 0, or -1 when the call failed or there is no entry; logs that at error priority, and the
+// text at debug priority.
+int32_t DovGetHistory(std::string& history);
+
+// Asks for the power consumption.
+//
+// Returns the figure in the service's unit, or -1 when the call failed or the reply is empty.
+// Throws std::bad_optional_access when the reply has no value, std::invalid_argument when it is no
+// decimal number and std::out_of_range when it does not fit.
+int32_t DovGetPowerConsis();
+
+// Asks for the status of a power mode; which modes there are is the service's.
+//
+// Returns the status; -1 when the call failed, the reply is empty (both logged at error priority)
+// or its value is no decimal number or does not fit (both said on the standard output, "Invalid
+// argument exception: " or "Out of range exception: " and the reason). Throws
+// std::bad_optional_access when the reply has no value.
+int32_t DovGetPMStatus(int32_t mode);
+
+// Asks for the service's data set and appends its entries to `dataset`.
+//
+// Returns how many entries `dataset` then has, or -1 when the call failed or the reply is empty
+// (logged at error priority). Throws std::bad_optional_access at an entry without a value; the
+// entries before it have then been appended.
+int32_t Dov_fetch_dataset(std::vector<DovClient::Resource>& dataset);
+
+// Asks for the status of a feature; which features there are is the service's.
+//
+// Returns the status, or -1 when the call failed or the reply has any other number of values than
+// one (logged at error priority with that number). Throws std::bad_optional_access when the reply
+// has no value, std::invalid_argument when it is no decimal number and std::out_of_range when it
+// does not fit.
+int32_t DovGetFeatureStatus(int32_t featureId);
 
 }  // extern "C"
 

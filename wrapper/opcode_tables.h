@@ -1,0 +1,28 @@
+// The opcodes that scene descriptions stand for.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace dovwrapper {
+
+// All opcode tables in one: dov/DovWrapper.h names its parts.
+extern "C" const int32_t dovOpcodes[19];
+
+// Where in dovOpcodes each table begins.
+enum OpcodeTable : size_t {
+    kTargetLoad = 0,
+    kCoreBoost = 3,
+    kCoreLimit = 7,
+    kFreqBoost = 11,
+    kFreqLimit = 15,
+};
+
+// Opcodes that do not depend on a position.
+inline constexpr int32_t kColocation = 0x01011040;
+inline constexpr int32_t kGroupMigrateFrom = 0x01010fb0;
+inline constexpr int32_t kGroupMigrateTo = 0x01010fc0;
+inline constexpr int32_t kGameUpgradeLevel = 0x01011040;  // the same resource as kColocation
+inline constexpr int32_t kGameUpgradeData = 0x010115b0;
+
+}  // namespace dovwrapper
