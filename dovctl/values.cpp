@@ -1,8 +1,11 @@
 // How the texts of the command line become values.
 #include "dovctl/values.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
+
+#include <dov/DovWrapper.h>
 
 namespace dovctl {
 
@@ -38,6 +41,22 @@ std::optional<Value> readInt32(const std::string& text, std::string& why) {
     return static_cast<int32_t>(*number);
 }
 
+std::optional<Value> readEvent(const std::string& text, std::string& why) {
+    constexpr std::string_view kPrefix = "VANTEL_";
+    const std::string name = text.starts_with(kPrefix) ? text.substr(kPrefix.size()) : text;
+    if (!name.starts_with("ACTION_")) {
+        const std::optional<Value> number = readInt32(text, why);
+        if (!number) return std::nullopt;
+        return Event{.id = std::get<int32_t>(*number), .action = {}};
+    }
+    const auto action = std::find(gActionList.begin(), gActionList.end(), name);
+    if (action == gActionList.end()) {
+        why = "there is no action '" + name + "'";
+        return std::nullopt;
+    }
+    return Event{.id = static_cast<int32_t>(action - gActionList.begin()), .action = name};
+}
+
 std::optional<Value> readResource(const std::string& text, std::string& why) {
     // Opcodes are written as the 32 bits they are; the contract carries them as a signed number.
     constexpr Range kOpcode{0, std::numeric_limits<uint32_t>::max()};
@@ -48,6 +67,17 @@ std::optional<Value> readResource(const std::string& text, std::string& why) {
     resource.opcode = static_cast<int32_t>(static_cast<uint32_t>(*opcode));
     if (equals != std::string::npos) resource.value = text.substr(equals + 1);
     return resource;
+}
+
+std::optional<Value> readPathValue(const std::string& text, std::string& why) {
+    const size_t equals = text.find('=');
+    PathValue result{.path = text.substr(0, equals), .value = {}};
+    if (result.path.empty()) {
+        why = "'" + text + "' has no path";
+        return std::nullopt;
+    }
+    if (equals != std::string::npos) result.value = text.substr(equals + 1);
+    return result;
 }
 
 }  // namespace dovctl

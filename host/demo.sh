@@ -61,6 +61,16 @@ run 0 init
 run 0 acquire 0 --package com.example.app --identity demo --duration 2000
 service_says request
 
+say 'The same by name.'
+run 0 acquire ACTION_LAUNCH --package com.example.app --identity demo --duration 2000
+service_says request
+
+say 'A scene: the library turns its description into a rule with resources.'
+run 0 scene 130 1 --data 70,80,90
+service_says rule
+run 0 state 0x010108a0 0x010108b0
+service_says state
+
 say 'Resources by opcode, held until they are released.'
 run 0 res-acquire --identity demo --resource 0x01010010=1500000 --resource 0x010100a0=2400000
 service_says request

@@ -98,7 +98,7 @@ void Listeners::runCalls() {
         const bool told = call.callback->onCallback(call.data).isOk();
         mJournal.line((call.handle == 0 ? "callback completion "
                                         : StringPrintf("callback handle %d ", call.handle)) +
-                      simulator::describe(call.data) + (told ? "" : " failed"));
+                      simulator::describe(call.data) + (told ? "" : " (no answer)"));
         lock.lock();
     }
 }

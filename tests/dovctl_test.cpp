@@ -3,7 +3,10 @@
 
 #include <sstream>
 
+#include <unistd.h>
+
 #include <gmock/gmock.h>
+#include <json/json.h>
 
 #include "simulator/describe.h"
 #include "tests/support/child_process.h"
@@ -14,6 +17,28 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+namespace {
+
+MirxRequestData resource(int32_t opcode, std::optional<std::string> value) {
+    MirxRequestData data;
+    data.id = opcode;
+    data.value = std::move(value);
+    return data;
+}
+
+std::string textOf(const RecordedCall& call) {
+    std::string text = call.operation;
+    for (const int32_t number : call.numbers) text += " " + std::to_string(number);
+    for (size_t i = 0; i < call.texts.size(); ++i) text += (i == 0 ? " " : ", ") + call.texts[i];
+    if (call.operation == "ruleCtl") text += " data=" + simulator::describe(call.data);
+    if (call.operation == "request" || call.operation == "stateRequest") {
+        text += " " + simulator::describe(call.parcel);
+    }
+    return text;
+}
+
+}  // namespace
 
 class DovctlTest : public BinderTest {
   protected:
@@ -44,7 +69,7 @@ TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
     const std::vector<Case> cases = {
             {{"frobnicate"}, "unknown command 'frobnicate'"},
             {{"--frobnicate"}, "--frobnicate"},
-            {{"acquire"}, "CMDID"},
+            {{"acquire"}, "EVENT"},
             {{"acquire", "one"}, "'one' is not a number"},
             {{"acquire", "1x"}, "'1x' is not a number"},
             {{"acquire", ""}, "'' is not a number"},
@@ -62,13 +87,22 @@ TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
             {{"platform-acquire", "--package", "p"}, "--resource"},
             {{"release"}, "HANDLE"},
             {{"release", "1", "x"}, "'x' is not a number"},
+            {{"acquire", "ACTION_LUNCH"}, "there is no action 'ACTION_LUNCH'"},
+            {{"listen"}, "either --opcode or --path"},
+            {{"listen", "--opcode", "1", "--path", "/a"}, "either --opcode or --path"},
+            {{"thermal"}, "levels or --listen"},
+            {{"path", "/a"}, "'/a' has no value"},
+            {{"path", "=1"}, "'=1' has no path"},
+            {{"dump", "everything"}, "todo-queue"},
+            {{"record", "maybe"}, "there is no 'maybe'"},
+            {{"prop", "get", "a", "b"}, "get KEY"},
+            {{"prop", "set", "a"}, "set KEY VALUE"},
     };
     for (const Case& c : cases) {
         const Result result = run(c.args);
         EXPECT_EQ(result.code, 2) << testing::PrintToString(c.args);
         EXPECT_THAT(result.out, IsEmpty());
-        EXPECT_THAT(result.err,
-                    AllOf(StartsWith("dovctl: "), HasSubstr(c.message), HasSubstr("--help")));
+        EXPECT_THAT(result.err, AllOf(StartsWith("dovctl: "), HasSubstr(c.message)));
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     }
     EXPECT_EQ(run({}).code, 2);
@@ -118,6 +152,160 @@ TEST_F(DovctlTest, commandsSendWhatTheirOptionsSay) {
         ASSERT_EQ(calls.size(), 1u);
         EXPECT_EQ(simulator::describe(calls[0].parcel), c.request);
     }
+}
+
+// What a command sends: the operation, and its numbers, texts, data list or parcel.
+TEST_F(DovctlTest, everyCommandReachesItsOperation) {
+    service->answer = 3;
+    service->state = {resource(5, "50")};
+    const std::string pid = std::to_string(getpid());
+    struct Case {
+        std::vector<std::string> args;
+        std::string call;
+        std::string out;
+    };
+    const std::vector<Case> cases = {
+            {{"acquire", "VANTEL_ACTION_WFD", "--package", "p", "--duration", "5"},
+             "request event acquire (8) duration=5 package=\"p\" identity=\"dovctl\" "
+             "data=[{id=124}]",
+             "3\n"},
+            {{"acquire", "ACTION_CAMERA_APS_CAPTURE_L1", "--resource", "1=2"},
+             "request event acquire (8) package=\"\" identity=\"dovctl\" data=[{id=91} {id=1 "
+             "value=\"2\"}]",
+             "3\n"},
+            {{"notify", "1", "-2", "7", "-9"},
+             "request notification (10) data=[{id=1 arg=-2} {id=1 arg=-2}]",
+             ""},
+            {{"scene", "9", "1"},
+             "ruleCtl 9 1 data=[{id=0x010112f0 value=\"enable 0\"} {id=0x01011910 value=\"0\"}]",
+             ""},
+            {{"scene", "102", "1", "--level", "7"},
+             "ruleCtl 102 1 data=[{id=0x01011070 value=\"7\"}]",
+             ""},
+            {{"scene", "131", "1", "--data", "colocation:1"},
+             "ruleCtl 131 1 data=[{id=0x01011040 value=\"1\"}]",
+             ""},
+            {{"scene", "4", "1"}, "", ""},
+            {{"rule", "7", "2", "--resource", "1=2"},
+             "ruleCtl 7 2 data=[{id=1 value=\"2\"}]",
+             "3\n"},
+            {{"sysinfo", "-1", "2"}, "setRelatedSysInfo -1 2", "3\n"},
+            {{"state", "5"},
+             "stateRequest state query (0) data=[{id=5}]",
+             "opcode      value\n0x00000005  50\n"},
+            {{"state", "5", "--json"},
+             "stateRequest state query (0) data=[{id=5}]",
+             "[{\"opcode\":\"0x00000005\",\"value\":\"50\"}]\n"},
+            {{"history"}, "stateRequest history query (11) data=[]", "request\nnone\n"},
+            {{"power", "--json"},
+             "stateRequest power-consumption query (15) package=\"none\" data=[{id=0x01011670 "
+             "value=\"0 1 "
+             "35\"} {id=0x01011670 value=\"1 1 35\"} {id=0x01011670 value=\"2 1 35\"}]",
+             "{\"power\":50}\n"},
+            {{"pm-status", "2"}, "stateRequest power-mode query (13) data=[{id=2}]", "50\n"},
+            {{"dataset"},
+             "stateRequest dataset fetch (16) data=[]",
+             "opcode      value\n0x00000005  50\n"},
+            {{"feature", "6"}, "stateRequest feature query (17) data=[{id=6}]", "50\n"},
+            {{"res", "1=2", "--duration", "-1", "--flag", "1", "--pid", "9", "--arg4", "4",
+              "--handle", "8"},
+             "request resource control (1) handle=8 pid=9 duration=-1 arg4=4 flag data=[{id=1 "
+             "value=\"2\"}]",
+             "3\n"},
+            {{"path", "/a=1=2"},
+             "request resource control (1) handle=-1 pid=" + pid +
+                     " arg4=-1 texts=[\"zdbdebug\"] data=[{id=0 value=\"1=2\" path=\"/a\"}]",
+             "3\n"},
+            {{"sa", "7"},
+             "request scene control (2) handle=-1 pid=" + pid + " arg4=-1 data=[{id=7}]",
+             "3\n"},
+            {{"res-release", "5"}, "release 5", ""},
+            {{"res-state", "5"},
+             "stateRequest state query (0) pid=" + pid + " data=[{id=5 value=\"\"}]",
+             "opcode      value\n0x00000005  50\n"},
+            {{"path-state", "/a", "--json"},
+             "stateRequest state query (0) pid=" + pid +
+                     " texts=[\"zdbdebug\"] data=[{id=0 path=\"/a\"}]",
+             "[{\"path\":\"/a\",\"value\":\"50\"}]\n"},
+            {{"thermal", "1=3"},
+             "request thermal notification (7) pid=" + pid + " data=[{id=1 value=\"3\"}]",
+             ""},
+            {{"dump", "scenes"}, "request diagnostics (5) arg4=1 data=[{id=5}]", ""},
+            {{"record", "off"}, "request diagnostics (5) arg4=1 data=[{id=11}]", ""},
+            {{"prop", "set", "a", "b c"}, "propertySet a, b c", ""},
+            {{"prop", "get", "a", "--json"}, "propertyGet a", "{\"a\":\"\"}\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.args));
+        const Result result = run(c.args);
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_EQ(result.out, c.out);
+        const auto calls = service->take();
+        ASSERT_EQ(calls.size(), c.call.empty() ? 0u : 1u);
+        if (!c.call.empty()) EXPECT_EQ(textOf(calls[0]), c.call);
+    }
+}
+
+TEST_F(DovctlTest, queriesThatGetNonsenseSaySo) {
+    service->state = {resource(5, "many")};
+    for (const auto& args : {std::vector<std::string>{"power"}, {"feature", "1"}}) {
+        const Result result = run(args);
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.err, HasSubstr("makes no sense"));
+        EXPECT_THAT(result.out, IsEmpty());
+    }
+    service->state = {resource(5, std::nullopt)};
+    EXPECT_EQ(run({"dataset"}).code, 1);
+    service->state.clear();
+    for (const auto& args : {std::vector<std::string>{"state", "5"},
+                             {"history"},
+                             {"power"},
+                             {"pm-status", "1"},
+                             {"dataset"},
+                             {"feature", "1"},
+                             {"res-state", "1"}}) {
+        EXPECT_EQ(run(args).code, 1) << args[0];
+    }
+}
+
+TEST_F(DovctlTest, actionsAreListedWithThoseThatCannotBeReached) {
+    const std::string all = run({"actions"}).out;
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 199);
+    Json::Value json;
+    std::istringstream(run({"actions", "MULTI_SCENE", "--json"}).out) >> json;
+    ASSERT_EQ(json.size(), 2u);
+    EXPECT_EQ(json[0]["id"], 102);
+    EXPECT_EQ(json[0]["reachable"], true);
+    EXPECT_EQ(json[1]["id"], 162);
+    EXPECT_EQ(json[1]["reachable"], false);
+}
+
+TEST_F(DovctlTest, jsonStandsWhateverTheServiceAnswers) {
+    const std::string odd = "quote \" back\\slash \n tab\t \x01 \xc3\xa9";
+    service->state = {resource(1, odd)};
+    Json::Value json;
+    std::istringstream(run({"dataset", "--json"}).out) >> json;
+    EXPECT_EQ(json[0]["value"].asString(), odd);
+}
+
+TEST_F(DovctlTest, listenPrintsChangesUntilCtrlCAndUnregisters) {
+    service->answer = 6;
+    std::string whileWaiting;
+    atInterrupt = [&](const std::string&) {
+        const auto calls = service->take();
+        ASSERT_EQ(calls.size(), 1u);
+        EXPECT_EQ(calls[0].operation, "listeningRegister");
+        EXPECT_TRUE(calls[0].callback->onCallback({resource(5, "1"), resource(6, "2")}).isOk());
+    };
+    const Result result = run({"listen", "--opcode", "5", "--opcode", "6", "--json"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out,
+              "{\"opcode\":\"0x00000005\",\"value\":\"1\"}\n{\"opcode\":\"0x00000006\",\"value\":"
+              "\"2\"}\n");
+    const auto calls = service->take();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].operation, "listeningUnregister");
+    EXPECT_THAT(calls[0].numbers, ElementsAre(6));
 }
 
 TEST_F(DovctlTest, oneWayPrintsTheHandleThatWasSent) {

@@ -1,8 +1,10 @@
 // dovctl acquire, res-acquire and platform-acquire: acquire, print the handle, hold if asked to.
+#include <dov/DovWrapper.h>
 #include <dov/dov.h>
 
 #include "dovctl/commands/commands.h"
-#include "dovctl/service.h"
+#include "dovctl/commands/holding.h"
+#include "dovctl/commands/parameters.h"
 
 namespace dovctl {
 namespace {
@@ -18,73 +20,53 @@ constexpr Parameter kIdentity{.name = "identity",
                               .read = readText,
                               .fallback = "dovctl",
                               .help = "free text that says who asks"};
-constexpr Parameter kDuration{.name = "duration",
-                              .placeholder = "N",
-                              .read = readInt32,
-                              .fallback = "0",
-                              .help = "in the service's unit; 0 or less: until released"};
-constexpr Parameter kHold{.name = "hold", .help = "keep running, and release on Ctrl-C"};
-
-constexpr Parameter resourceOption(Count count) {
-    return {.name = "resource",
-            .placeholder = "OPCODE[=VALUE]",
-            .read = readResource,
-            .count = count,
-            .help = "a resource to set; 'OPCODE=' sends an empty value"};
-}
-
-// The part that the three have in common. `acquire` gets the resources and returns the handle.
-template <typename Acquire>
-ExitCode acquireAndHold(Session& session, const Arguments& arguments, const Command& command,
-                        Acquire&& acquire) {
-    int32_t handle = -1;
-    const ExitCode code = callService(session.console, command.name, [&] {
-        handle = acquire(arguments.all<Resource>("resource"));
-        return handle != -1;
-    });
-    if (code != kDone) return code;
-    const bool hold = arguments.has("hold");
-    if (hold) session.expectInterrupt();
-    session.console.print(std::to_string(handle));
-    if (!hold) return kDone;
-    session.console.say("holding; Ctrl-C releases");
-    session.waitForInterrupt();
-    return callService(session.console, kRelease.name, [&] {
+ExitCode acquireEvent(Session& session, const Arguments& arguments, const Command& command,
+                      const std::function<int32_t()>& acquire) {
+    return acquireAndHold(session, arguments, command, Waits::kNever, acquire, [](int32_t handle) {
         DovRelease(handle);
         return true;
     });
 }
 
 ExitCode runAcquire(Session& session, const Arguments& arguments) {
-    const auto function = arguments.has("one-way") ? DovEventAcquireOneWay : DovEventAcquire;
-    return acquireAndHold(session, arguments, kAcquire,
-                          [&](const std::vector<Resource>& resources) {
-                              return function(arguments.get<int32_t>("CMDID"),
-                                              arguments.get<std::string>("package"),
-                                              arguments.get<std::string>("identity"),
-                                              arguments.get<int32_t>("duration"), resources);
-                          });
+    const auto event = arguments.get<Event>("EVENT");
+    const auto package = arguments.get<std::string>("package");
+    const auto identity = arguments.get<std::string>("identity");
+    const auto duration = arguments.get<int32_t>("duration");
+    const auto resources = arguments.all<Resource>("resource");
+    return acquireEvent(session, arguments, kAcquire, [&] {
+        if (arguments.has("one-way")) {
+            return DovEventAcquireOneWay(event.id, package, identity, duration, resources);
+        }
+        // The call by name has no place for resources.
+        if (!event.action.empty() && resources.empty()) {
+            return DovEventAcquireWrapper("VANTEL_" + event.action, package, identity, duration);
+        }
+        return DovEventAcquire(event.id, package, identity, duration, resources);
+    });
 }
 
 ExitCode runResAcquire(Session& session, const Arguments& arguments) {
-    return acquireAndHold(
-            session, arguments, kResAcquire, [&](const std::vector<Resource>& resources) {
-                return DovResAcquire(resources, "", arguments.get<std::string>("identity"),
-                                     arguments.get<int32_t>("duration"));
-            });
+    return acquireEvent(session, arguments, kResAcquire, [&] {
+        return DovResAcquire(arguments.all<Resource>("resource"), "",
+                             arguments.get<std::string>("identity"),
+                             arguments.get<int32_t>("duration"));
+    });
 }
 
 ExitCode runPlatformAcquire(Session& session, const Arguments& arguments) {
-    return acquireAndHold(
-            session, arguments, kPlatformAcquire, [&](const std::vector<Resource>& resources) {
-                return DovPlatformResAcquire(resources, "", arguments.get<std::string>("identity"),
-                                             arguments.get<std::string>("package"),
-                                             arguments.get<int32_t>("duration"));
-            });
+    return acquireEvent(session, arguments, kPlatformAcquire, [&] {
+        return DovPlatformResAcquire(
+                arguments.all<Resource>("resource"), "", arguments.get<std::string>("identity"),
+                arguments.get<std::string>("package"), arguments.get<int32_t>("duration"));
+    });
 }
 
 constexpr Parameter kEvent[] = {
-        {.name = "CMDID", .read = readInt32, .count = Count::kOne, .help = "the event"},
+        {.name = "EVENT",
+         .read = readEvent,
+         .count = Count::kOne,
+         .help = "the event's number, or an action's name ('dovctl actions' lists them)"},
 };
 constexpr Parameter kAcquireOptions[] = {
         {.name = "one-way", .help = "do not wait for the service's work"},

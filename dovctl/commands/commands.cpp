@@ -4,7 +4,13 @@
 namespace dovctl {
 
 static constexpr const Command* kCommands[] = {
-        &kInit, &kAcquire, &kResAcquire, &kPlatformAcquire, &kRelease, &kHelp,
+        &kInit,     &kAcquire,   &kResAcquire, &kPlatformAcquire,
+        &kRelease,  &kActions,   &kNotify,     &kScene,
+        &kRule,     &kSysinfo,   &kState,      &kHistory,
+        &kPower,    &kPmStatus,  &kDataset,    &kFeature,
+        &kRes,      &kPath,      &kSa,         &kResRelease,
+        &kResState, &kPathState, &kListen,     &kThermal,
+        &kDump,     &kRecord,    &kProp,       &kHelp,
 };
 
 std::span<const Command* const> commands() {

@@ -13,6 +13,28 @@ extern const Command kAcquire;
 extern const Command kResAcquire;
 extern const Command kPlatformAcquire;
 extern const Command kRelease;
+extern const Command kActions;
+extern const Command kNotify;
+extern const Command kScene;
+extern const Command kRule;
+extern const Command kSysinfo;
+extern const Command kState;
+extern const Command kHistory;
+extern const Command kPower;
+extern const Command kPmStatus;
+extern const Command kDataset;
+extern const Command kFeature;
+extern const Command kRes;
+extern const Command kPath;
+extern const Command kSa;
+extern const Command kResRelease;
+extern const Command kResState;
+extern const Command kPathState;
+extern const Command kListen;
+extern const Command kThermal;
+extern const Command kDump;
+extern const Command kRecord;
+extern const Command kProp;
 extern const Command kHelp;
 
 // In the order of the help text.

@@ -1,0 +1,59 @@
+// Prints what the service calls back with.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <dov/ClientCallback.h>
+
+#include "dovctl/output.h"
+
+namespace dovctl {
+
+// One line for each resource, as it comes, from whatever thread.
+class Changes : public IClientCallback, public IClientCallbackByPath {
+  public:
+    Changes(Console& console, const Arguments& arguments)
+        : mConsole(console), mArguments(arguments) {}
+
+    void onCallback(std::list<DovClient::Resource> resources) override {
+        Table table{.columns = {"opcode", "value"}, .rows = {}};
+        for (const auto& [opcode, value] : resources) {
+            table.rows.push_back({opcodeText(opcode), value.value_or("")});
+        }
+        print(table);
+    }
+
+    void onCallback(std::vector<std::string> values, std::vector<std::string> paths) override {
+        Table table{.columns = {"path", "value"}, .rows = {}};
+        for (size_t i = 0; i < paths.size(); ++i) table.rows.push_back({paths[i], values[i]});
+        print(table);
+    }
+
+    // Waits until the service has called back, five seconds at the most. Returns whether it has.
+    bool waitForFirst() {
+        std::unique_lock lock(mMutex);
+        return mCalled.wait_for(lock, std::chrono::seconds(5), [this] { return mCalls > 0; });
+    }
+
+  private:
+    void print(const Table& table) {
+        showLine(mConsole, mArguments, table);
+        std::lock_guard lock(mMutex);
+        ++mCalls;
+        mCalled.notify_all();
+    }
+
+    Console& mConsole;
+    // A copy: the library keeps a callback that is never made for the life of the process.
+    const Arguments mArguments;
+    std::mutex mMutex;
+    std::condition_variable mCalled;
+    int mCalls = 0;
+};
+
+}  // namespace dovctl

@@ -1,0 +1,96 @@
+// Results of queries: tables for people, JSON for programs.
+#include "dovctl/output.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <json/json.h>
+
+namespace dovctl {
+namespace {
+
+std::string textOf(const Cell& cell) {
+    if (const auto* text = std::get_if<std::string>(&cell)) return *text;
+    if (const auto* number = std::get_if<int64_t>(&cell)) return std::to_string(*number);
+    return std::get<bool>(cell) ? "yes" : "no";
+}
+
+Json::Value jsonOf(const Cell& cell) {
+    if (const auto* text = std::get_if<std::string>(&cell)) return *text;
+    if (const auto* number = std::get_if<int64_t>(&cell)) return Json::Int64{*number};
+    return std::get<bool>(cell);
+}
+
+Json::Value jsonOf(const Table& table, const std::vector<Cell>& row) {
+    Json::Value object(Json::objectValue);
+    for (size_t i = 0; i < row.size(); ++i) object[table.columns[i]] = jsonOf(row[i]);
+    return object;
+}
+
+std::string written(const Json::Value& json) {
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    return Json::writeString(writer, json);
+}
+
+// The last column is not padded, so that no line ends in blanks.
+std::string aligned(const std::vector<std::string>& texts, const std::vector<size_t>& widths) {
+    std::string line;
+    for (size_t i = 0; i < texts.size(); ++i) {
+        line += texts[i];
+        if (i + 1 < texts.size()) line += std::string(widths[i] - texts[i].size() + 2, ' ');
+    }
+    while (line.ends_with(' ')) line.pop_back();
+    return line;
+}
+
+std::vector<std::string> textsOf(const std::vector<Cell>& row) {
+    std::vector<std::string> texts;
+    for (const Cell& cell : row) texts.push_back(textOf(cell));
+    return texts;
+}
+
+}  // namespace
+
+void show(Console& console, const Arguments& arguments, const Table& table) {
+    if (arguments.has(kJson.name)) {
+        Json::Value array(Json::arrayValue);
+        for (const auto& row : table.rows) array.append(jsonOf(table, row));
+        console.print(written(array));
+        return;
+    }
+    std::vector<std::vector<std::string>> lines = {table.columns};
+    for (const auto& row : table.rows) lines.push_back(textsOf(row));
+    std::vector<size_t> widths(table.columns.size());
+    for (const auto& line : lines) {
+        for (size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+    }
+    for (const auto& line : lines) console.print(aligned(line, widths));
+}
+
+void show(Console& console, const Arguments& arguments, const std::string& name,
+          const Cell& value) {
+    if (!arguments.has(kJson.name)) {
+        console.print(textOf(value));
+        return;
+    }
+    console.print(written(jsonOf({.columns = {name}, .rows = {}}, {value})));
+}
+
+void showLine(Console& console, const Arguments& arguments, const Table& table) {
+    for (const auto& row : table.rows) {
+        const std::vector<std::string> texts = textsOf(row);
+        std::vector<size_t> widths;
+        for (const std::string& text : texts) widths.push_back(text.size());
+        console.print(arguments.has(kJson.name) ? written(jsonOf(table, row))
+                                                : aligned(texts, widths));
+    }
+}
+
+std::string opcodeText(int32_t opcode) {
+    char text[12];
+    std::snprintf(text, sizeof(text), "0x%08x", static_cast<uint32_t>(opcode));
+    return text;
+}
+
+}  // namespace dovctl

@@ -1,0 +1,36 @@
+// Results of queries: tables for people, JSON for programs.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "dovctl/arguments.h"
+#include "dovctl/console.h"
+
+namespace dovctl {
+
+using Cell = std::variant<std::string, int64_t, bool>;
+
+struct Table {
+    std::vector<std::string> columns;
+    std::vector<std::vector<Cell>> rows;  // each as long as `columns`
+};
+
+// Every query takes it.
+inline constexpr Parameter kJson{.name = "json", .help = "print JSON"};
+
+// Prints a table: aligned columns under their names, or with --json an array of objects, one line.
+void show(Console& console, const Arguments& arguments, const Table& table);
+
+// Prints a single value: on its own, or with --json as an object with one member.
+void show(Console& console, const Arguments& arguments, const std::string& name, const Cell& value);
+
+// Prints a row on a line of its own as it comes, in columns or with --json as an object.
+void showLine(Console& console, const Arguments& arguments, const Table& table);
+
+// "0x01010010".
+std::string opcodeText(int32_t opcode);
+
+}  // namespace dovctl
