@@ -1,8 +1,12 @@
 // mirx-simulator: serves the resource-control interface for development, on a host, in a guest or
 // on a device.
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstring>
 #include <iostream>
+#include <string>
+#include <string_view>
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -19,13 +23,15 @@ constexpr char kUsage[] =
         "receives. Without a binder driver it serves over a socket in the folder that "
         "DOV_SERVICE_DIR names.\n";
 
-// Warnings and errors of the platform's libraries belong to the error stream; their chatter about a
-// missing driver does not.
+// What the transport says about a missing driver and about clients that leave early is no error of
+// the service.
+constexpr std::array<std::string_view, 3> kChatter = {"ProcessState", "RpcServer", "RpcSession"};
+
 void logToStderr(const __android_log_message* message) {
+    const std::string_view tag = message->tag != nullptr ? message->tag : "";
     if (message->priority < ANDROID_LOG_ERROR) return;
-    if (message->tag != nullptr && std::strcmp(message->tag, "ProcessState") == 0) return;
-    std::cerr << (message->tag != nullptr ? message->tag : "") << ": " << message->message
-              << std::endl;
+    if (std::find(kChatter.begin(), kChatter.end(), tag) != kChatter.end()) return;
+    std::cerr << tag << ": " << message->message << std::endl;
 }
 
 }  // namespace
