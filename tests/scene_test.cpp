@@ -244,7 +244,6 @@ TEST_F(SceneTest, callsAllocateOnlyWhatTheySend) {
         int32_t handle = 0;
         const size_t bare = allocationsOf([&] { hal->request(parcel, &handle); });
         service->take();
-        RecordProperty("proxy", static_cast<int>(bare));
         return whole - bare;
     };
     EXPECT_EQ(acquire("scene"), 1u);
@@ -263,4 +262,5 @@ TEST_F(SceneTest, callsAllocateOnlyWhatTheySend) {
     EXPECT_EQ(notify(1, ""), 0u);
     EXPECT_EQ(notify(130, "1,2,3,4,5,6,7,8,9"), 2u);
     EXPECT_EQ(notify(130, longText), 4u);
+    EXPECT_EQ(notify(14, longText), 4u);
 }
