@@ -60,15 +60,23 @@ inline void doNothing() {}
 //
 // `call` takes the proxy (IMirx&) and returns an Attempt; it runs with g_mirx_hal_mutex held
 // shared. `afterCall` runs once the call was made and that lock released, before the status is
-// looked at. A lock that either of them takes and leaves to the operation is still held while the
-// proxy is dropped.
+// looked at. `alsoLock`, when given, is taken together with the shared lock: never waited for while
+// that is held, because its holder may be about to drop the proxy and so wait for everyone who
+// holds the shared lock. It stays locked, as does whatever `afterCall` locks, also while the proxy
+// is dropped.
 //
 // Returns true when the service was called and its status is OK.
 template <typename Call, typename AfterCall = void (*)()>
-bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall = doNothing) {
+bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall = doNothing,
+              std::unique_lock<std::mutex>* alsoLock = nullptr) {
     logInfo(operation.entry);
     get_mirx_hal_and_link_to_death();
-    std::shared_lock lock(g_mirx_hal_mutex);
+    std::shared_lock lock(g_mirx_hal_mutex, std::defer_lock);
+    if (alsoLock != nullptr) {
+        std::lock(lock, *alsoLock);
+    } else {
+        lock.lock();
+    }
     if (!g_mirx_hal) return false;
     const Attempt status = std::forward<Call>(call)(*g_mirx_hal);
     lock.unlock();

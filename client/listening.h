@@ -22,15 +22,14 @@ int registerListening(const Operation& operation, Watched MirxCallbackGroup::*li
     int32_t handle = -1;
     std::shared_ptr<MirxCallbackClient> client;
     std::unique_lock registry(listening_callback_mutex, std::defer_lock);
-    const bool registered = callMirx(operation, [&](IMirx& hal) -> Attempt {
-        registry.lock();
+    const auto call = [&](IMirx& hal) -> Attempt {
         for (const MirxCallbackGroup& group : listening_callback_groups) {
             if (group.*list == watched) return refuse("Same callback interface registered already");
         }
         client = forRegistration(callback);
         return hal.listeningRegister(parcel, client, &handle);
-    });
-    if (registered) {
+    };
+    if (callMirx(operation, call, doNothing, &registry)) {
         listening_callback_groups.emplace_back(client, watched, handle);
         logInfo("A callback has been registered to Mirx HAL ");
     }

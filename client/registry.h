@@ -27,8 +27,9 @@ struct MirxCallbackGroup {
     std::shared_ptr<MirxCallbackClient> callback;
 };
 
-// Lock order: g_mirx_hal_mutex shared, then listening_callback_mutex; once the shared lock has been
-// released, listening_callback_mutex, then g_mirx_hal_mutex exclusive.
+// Registering takes the mutex while it holds g_mirx_hal_mutex shared and keeps it when it has
+// released that one; a registration or unregistration that failed takes g_mirx_hal_mutex exclusive
+// while it holds this one. So nobody may wait for it while holding g_mirx_hal_mutex: see callMirx.
 extern std::mutex listening_callback_mutex;
 extern std::vector<MirxCallbackGroup> listening_callback_groups;
 

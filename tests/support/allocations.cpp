@@ -4,11 +4,23 @@
 #include <cstdlib>
 #include <new>
 
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#include <sanitizer/allocator_interface.h>
+#endif
+
 static thread_local size_t gAllocations = 0;
 
 size_t allocations() {
     return gAllocations;
 }
+
+// The sanitizers bring operator new themselves and have a hook instead, which sees malloc too.
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+
+[[maybe_unused]] static const int gHookInstalled = __sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, size_t) { ++gAllocations; }, [](const volatile void*) {});
+
+#else
 
 void* operator new(size_t size) {
     ++gAllocations;
@@ -23,3 +35,5 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }
+
+#endif

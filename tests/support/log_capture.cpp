@@ -1,23 +1,32 @@
 // Catches what the library under test logs.
 #include "tests/support/log_capture.h"
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <ostream>
-#include <set>
+#include <string_view>
 #include <utility>
 
 namespace {
 
-std::mutex gMutex;
-std::vector<LogLine> gLines;
+// Never destroyed: binder threads and the library's own destructors log while the process ends.
+std::mutex& gMutex = *new std::mutex;
+std::vector<LogLine>& gLines = *new std::vector<LogLine>;
 
-// Whatever has another tag comes from the binder stack or the test's own service manager.
-const std::set<std::string> kLibraryTags = {"MIRXFramework-lib-vendor", "MirxFramework-lib-vendor",
-                                            "[DOV_CLIENT]", "[DOV_CLIENT_WRAPPER]", "(null)"};
+constexpr std::array<std::string_view, 4> kLibraryTags = {"MIRXFramework-lib-vendor",
+                                                          "MirxFramework-lib-vendor",
+                                                          "[DOV_CLIENT]", "[DOV_CLIENT_WRAPPER]"};
+
+// Whatever else there is comes from the binder stack or the test's own service manager.
+bool isTheLibrarys(std::string_view tag, std::string_view text) {
+    return std::find(kLibraryTags.begin(), kLibraryTags.end(), tag) != kLibraryTags.end() ||
+           (tag == "(null)" && text.starts_with("BnMirxCallback::"));
+}
 
 void capture(const __android_log_message* message) {
     const std::string tag = message->tag == nullptr ? "(null)" : message->tag;
-    if (!kLibraryTags.contains(tag)) return;
+    if (!isTheLibrarys(tag, message->message)) return;
     std::lock_guard lock(gMutex);
     gLines.push_back({message->priority, tag, message->message});
 }
@@ -31,6 +40,7 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line) {
 LogCapture::LogCapture() {
     take();
     __android_log_set_logger(capture);
+    __android_log_set_default_tag("(null)");  // given to lines that are logged without one
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
 }
 

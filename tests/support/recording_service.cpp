@@ -34,7 +34,7 @@ ScopedAStatus RecordingService::record(RecordedCall call) {
 }
 
 ScopedAStatus RecordingService::record(RecordedCall call, int32_t* result) {
-    *result = answer;
+    *result = counting ? ++answer : answer.load();
     return record(std::move(call));
 }
 

@@ -29,6 +29,8 @@ class RecordingService : public BnMirx {
   public:
     // What the operations answer.
     std::atomic<int32_t> answer = 1;
+    // While this is set, each answer that is a number is one more than the one before.
+    std::atomic<bool> counting = false;
     std::vector<MirxRequestData> state;
     std::string property;
     // Operations fail with an exception while this is set.
