@@ -193,7 +193,7 @@ TEST_F(BindingTest, aThreadThatComesSecondSaysSoAndUsesTheProxy) {
             client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
     bool seen = false;
     for (int attempt = 0; attempt < 1000 && !seen; ++attempt) {
-        service->onCall = nullptr;
+        service->whenCalled(nullptr);
         mirxHalclient::mirx_init();
         services().waits = 0;
         std::vector<LogLine> lines;
@@ -207,9 +207,9 @@ TEST_F(BindingTest, aThreadThatComesSecondSaysSoAndUsesTheProxy) {
         lines.clear();
         std::latch end(1);
         std::atomic<int> calls = 0;
-        service->onCall = [&](const std::string&) {
+        service->whenCalled([&](const std::string&) {
             if (calls++ == 0) end.wait();
-        };
+        });
         std::vector<std::thread> threads;
         threads.emplace_back(mirxHalclient::mirx_init);
         ASSERT_TRUE(eventually([&] { return calls == 1; }));
@@ -246,9 +246,8 @@ TEST_F(BindingTest, eventThreadsThatFindNothingBoundAllBind) {
 TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
     std::atomic<bool> done = false;
     std::vector<std::thread> failing;
-    service->onCall = [this](const std::string& operation) {
-        service->failing = operation == "release";
-    };
+    service->whenCalled(
+            [this](const std::string& operation) { service->failing = operation == "release"; });
     for (int i = 0; i < 3; ++i) {
         failing.emplace_back([&done] {
             while (!done) DovRelease(1);

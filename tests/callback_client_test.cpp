@@ -150,12 +150,12 @@ TEST_F(CallbackClientTest, aCallbackMayComeDuringTheRequestAndCallTheLibrary) {
         EXPECT_EQ(mirxResCtlRelease(5), 1);
         EXPECT_EQ(waitingCallbacks(), 1u);
     };
-    service->onCall = [this](const std::string& operation) {
+    service->whenCalled([this](const std::string& operation) {
         if (operation != "request") return;
         for (const RecordedCall& call : service->take()) {
             EXPECT_TRUE(call.parcel.callback->onCallback({element(1)}).isOk());
         }
-    };
+    });
     EXPECT_EQ(mirxSACtlRequest(-1, 1, 2, 0, 0, 3, heard), 1);
     EXPECT_EQ(heard->take().size(), 1u);
     EXPECT_EQ(waitingCallbacks(), 0u);

@@ -22,9 +22,9 @@ TEST_F(ClientThreadsTest, requestsCallbacksAndRegistrationsMeet) {
             call.parcel.callback->onCallback({pathElement("/a", "1")});
         }
     };
-    service->onCall = [&](const std::string& operation) {
+    service->whenCalled([&](const std::string& operation) {
         if (operation == "request") callBack();
-    };
+    });
     // The thermal registration has no lock of its own; its callers bring one.
     std::shared_mutex thermal;
     std::vector<std::thread> threads;
@@ -66,7 +66,7 @@ TEST_F(ClientThreadsTest, requestsCallbacksAndRegistrationsMeet) {
     EXPECT_EQ(calls, static_cast<int>(heard->take().size() + heardByPath->take().size()));
     EXPECT_GT(calls, kThreads * kRounds);
     EXPECT_EQ(waitingCallbacks(), 0u);
-    service->onCall = nullptr;
+    service->whenCalled(nullptr);
     for (int t = 0; t < kThreads; ++t) {
         std::list<DovClient::Resource> resources = {{t + 1, "1"}};
         EXPECT_NE(mirxResListeningRegister(resources, 2, heard), -1) << "an entry was left";

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace hostbinder {
 namespace {
@@ -19,56 +19,55 @@ struct Queue {
     bool stopped = false;
 };
 
-void deliver(const std::shared_ptr<Queue>& queue) {
-    std::unique_lock lock(queue->mutex);
-    while (!queue->stopped) {
-        if (queue->notices.empty()) {
-            queue->changed.wait(lock);
+// Never destroyed: threads of the transport may still post while the process takes itself apart.
+Queue& queue() {
+    static Queue& queue = *new Queue;
+    return queue;
+}
+
+void deliver() {
+    std::unique_lock lock(queue().mutex);
+    while (!queue().stopped) {
+        if (queue().notices.empty()) {
+            queue().changed.wait(lock);
             continue;
         }
-        std::function<void()> notice = std::move(queue->notices.front());
-        queue->notices.pop_front();
-        queue->delivering = true;
+        std::function<void()> notice = std::move(queue().notices.front());
+        queue().notices.pop_front();
+        queue().delivering = true;
         lock.unlock();
         notice();
         notice = nullptr;  // drops the last reference to a binder outside of the lock
         lock.lock();
-        queue->delivering = false;
-        queue->changed.notify_all();
+        queue().delivering = false;
+        queue().changed.notify_all();
     }
 }
 
-// The thread is detached and shares the queue, because a handler may wait for a lock that is never
-// released again: the exit of the process must not wait for it longer than a moment.
-class Deliverer {
-  public:
-    Deliverer() { std::thread(deliver, mQueue).detach(); }
+// Runs the thread and ends it with the process. The thread is detached, because a handler may wait
+// for a lock that is never released again: the exit of the process must not wait for it longer than
+// a moment.
+struct Deliverer {
+    Deliverer() { std::thread(deliver).detach(); }
 
     ~Deliverer() {
-        std::unique_lock lock(mQueue->mutex);
-        mQueue->stopped = true;
-        mQueue->changed.notify_all();
-        mQueue->changed.wait_for(lock, std::chrono::seconds(1),
-                                 [this] { return !mQueue->delivering; });
+        std::unique_lock lock(queue().mutex);
+        queue().stopped = true;
+        queue().changed.notify_all();
+        queue().changed.wait_for(lock, std::chrono::seconds(1), [] { return !queue().delivering; });
     }
-
-    void post(std::function<void()> notice) {
-        std::lock_guard lock(mQueue->mutex);
-        if (mQueue->stopped) return;
-        mQueue->notices.push_back(std::move(notice));
-        mQueue->changed.notify_all();
-    }
-
-  private:
-    std::shared_ptr<Queue> mQueue = std::make_shared<Queue>();
 };
 
 }  // namespace
 
 void postDeathNotice(std::function<void()> notice) {
+    std::unique_lock lock(queue().mutex);
+    if (queue().stopped) return;
+    queue().notices.push_back(std::move(notice));
+    queue().changed.notify_all();
+    lock.unlock();
     // Made at the first notice, so that it ends before the globals that the handlers use.
     static Deliverer deliverer;
-    deliverer.post(std::move(notice));
 }
 
 }  // namespace hostbinder

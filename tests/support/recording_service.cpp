@@ -12,6 +12,11 @@ std::vector<RecordedCall> RecordingService::take() {
     return std::exchange(mCalls, {});
 }
 
+void RecordingService::whenCalled(std::function<void(const std::string&)> hook) {
+    std::lock_guard lock(mMutex);
+    mHook = std::move(hook);
+}
+
 RecordedCall RecordingService::awaitCall() {
     std::unique_lock lock(mMutex);
     if (!mRecorded.wait_for(lock, std::chrono::seconds(10), [this] { return !mCalls.empty(); })) {
@@ -24,12 +29,12 @@ RecordedCall RecordingService::awaitCall() {
 
 ScopedAStatus RecordingService::record(RecordedCall call) {
     const std::string operation = call.operation;
-    {
-        std::lock_guard lock(mMutex);
-        mCalls.push_back(std::move(call));
-    }
+    std::unique_lock lock(mMutex);
+    mCalls.push_back(std::move(call));
+    const auto hook = mHook;
+    lock.unlock();
     mRecorded.notify_all();
-    if (onCall) onCall(operation);
+    if (hook) hook(operation);
     return failing ? ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE) : ScopedAStatus::ok();
 }
 

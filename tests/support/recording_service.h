@@ -35,8 +35,8 @@ class RecordingService : public BnMirx {
     std::string property;
     // Operations fail with an exception while this is set.
     std::atomic<bool> failing = false;
-    // Called with the operation's name within every call, before it is answered.
-    std::function<void(const std::string&)> onCall;
+    // `hook` is called with the operation's name within every call, before it is answered.
+    void whenCalled(std::function<void(const std::string&)> hook);
 
     // The calls since the last take(), in the order in which they came.
     std::vector<RecordedCall> take();
@@ -73,4 +73,5 @@ class RecordingService : public BnMirx {
     std::mutex mMutex;
     std::condition_variable mRecorded;
     std::vector<RecordedCall> mCalls;
+    std::function<void(const std::string&)> mHook;
 };

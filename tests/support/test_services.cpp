@@ -97,7 +97,7 @@ BinderTest::~BinderTest() {
     // Leaves both bindings empty for the next test: a call that fails drops its proxy. The proxies
     // go before the service does, so that no notice of its death comes late.
     services().localObject = nullptr;
-    service->onCall = nullptr;
+    service->whenCalled(nullptr);
     service->failing = true;
     if (services().checkService(String16(kServiceName)) == nullptr) {
         declare();
