@@ -66,7 +66,7 @@ std::optional<Reply> query(const char* function, const MirxRequestParcel& parcel
 int32_t DovMutiResStateRequest(std::vector<Resource>& resources) {
     logInfo("DovMutiResStateRequest enter");
     const auto reply = query("DovMutiResStateRequest",
-                             makeParcel(kStateRequest, toRequestData(resources)), [&resources] {
+                             makeParcel(kStateQuery, toRequestData(resources)), [&resources] {
                                  if (resources.empty()) logError("input resource is empty, return");
                                  return !resources.empty();
                              });

@@ -5,6 +5,8 @@
 
 #include <aidl/vendor/tavro/hardware/mirx/IMirx.h>
 
+#include "aidl/request_kinds.h"
+
 namespace dovcommon {
 
 using aidl::vendor::tavro::hardware::mirx::IMirx;
@@ -13,21 +15,6 @@ using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 
 inline constexpr char kServiceName[] = "vendor.tavro.hardware.mirx.IMirx/default";
 
-// Values of MirxRequestParcel::requestType.
-enum RequestKind : int32_t {
-    kStateRequest = 0,
-    kResourceControl = 1,
-    kSceneControl = 2,
-    kDiagnostics = 5,
-    kThermalNotification = 7,
-    kEventAcquire = 8,
-    kNotification = 0xa,
-    kHistoryQuery = 0xb,
-    kPlatformControl = 0xc,
-    kPowerModeQuery = 0xd,
-    kPowerConsumptionQuery = 0xf,
-    kDatasetFetch = 0x10,
-    kFeatureQuery = 0x11,
-};
+using namespace mirx;  // the request kinds
 
 }  // namespace dovcommon

@@ -6,9 +6,11 @@
 
 #include <android-base/stringprintf.h>
 
-#include "simulator/request_kinds.h"
+#include "aidl/request_kinds.h"
 
 namespace simulator {
+
+using namespace mirx;
 
 using android::base::StringAppendF;
 using android::base::StringPrintf;

@@ -4,11 +4,13 @@
 
 #include <android-base/stringprintf.h>
 
+#include "aidl/request_kinds.h"
 #include "simulator/describe.h"
 #include "simulator/mirx_service.h"
-#include "simulator/request_kinds.h"
 
 namespace simulator {
+
+using namespace mirx;
 
 using android::base::StringPrintf;
 

@@ -2,10 +2,12 @@
 #include <string>
 #include <utility>
 
+#include "aidl/request_kinds.h"
 #include "simulator/mirx_service.h"
-#include "simulator/request_kinds.h"
 
 namespace simulator {
+
+using namespace mirx;
 namespace {
 
 MirxRequestData element(int32_t id, std::optional<std::string> value) {

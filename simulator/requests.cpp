@@ -1,10 +1,12 @@
 // What the simulated service does with each kind of request.
 #include <utility>
 
+#include "aidl/request_kinds.h"
 #include "simulator/mirx_service.h"
-#include "simulator/request_kinds.h"
 
 namespace simulator {
+
+using namespace mirx;
 
 // The answer to a request that acquires nothing and was accepted.
 constexpr int32_t kAccepted = 1;

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/data.h"
 #include "tests/support/test_services.h"
 
 using DovClient::Resource;
@@ -17,13 +18,6 @@ namespace {
 
 LogLine line(int priority, const std::string& text) {
     return {priority, "[DOV_CLIENT]", text};
-}
-
-MirxRequestData element(int32_t id, std::optional<std::string> value = {}) {
-    MirxRequestData data;
-    data.id = id;
-    data.value = std::move(value);
-    return data;
 }
 
 MirxRequestParcel parcel(int32_t requestType, const std::string& pkg, const std::string& identity,

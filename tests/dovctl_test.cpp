@@ -10,6 +10,7 @@
 
 #include "simulator/describe.h"
 #include "tests/support/child_process.h"
+#include "tests/support/data.h"
 #include "tests/support/test_services.h"
 
 using testing::AllOf;
@@ -19,13 +20,6 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 namespace {
-
-MirxRequestData resource(int32_t opcode, std::optional<std::string> value) {
-    MirxRequestData data;
-    data.id = opcode;
-    data.value = std::move(value);
-    return data;
-}
 
 std::string textOf(const RecordedCall& call) {
     std::string text = call.operation;
@@ -157,7 +151,7 @@ TEST_F(DovctlTest, commandsSendWhatTheirOptionsSay) {
 // What a command sends: the operation, and its numbers, texts, data list or parcel.
 TEST_F(DovctlTest, everyCommandReachesItsOperation) {
     service->answer = 3;
-    service->state = {resource(5, "50")};
+    service->state = {element(5, "50")};
     const std::string pid = std::to_string(getpid());
     struct Case {
         std::vector<std::string> args;
@@ -247,14 +241,14 @@ TEST_F(DovctlTest, everyCommandReachesItsOperation) {
 }
 
 TEST_F(DovctlTest, queriesThatGetNonsenseSaySo) {
-    service->state = {resource(5, "many")};
+    service->state = {element(5, "many")};
     for (const auto& args : {std::vector<std::string>{"power"}, {"feature", "1"}}) {
         const Result result = run(args);
         EXPECT_EQ(result.code, 1);
         EXPECT_THAT(result.err, HasSubstr("makes no sense"));
         EXPECT_THAT(result.out, IsEmpty());
     }
-    service->state = {resource(5, std::nullopt)};
+    service->state = {element(5, std::nullopt)};
     EXPECT_EQ(run({"dataset"}).code, 1);
     service->state.clear();
     for (const auto& args : {std::vector<std::string>{"state", "5"},
@@ -282,7 +276,7 @@ TEST_F(DovctlTest, actionsAreListedWithThoseThatCannotBeReached) {
 
 TEST_F(DovctlTest, jsonStandsWhateverTheServiceAnswers) {
     const std::string odd = "quote \" back\\slash \n tab\t \x01 \xc3\xa9";
-    service->state = {resource(1, odd)};
+    service->state = {element(1, odd)};
     Json::Value json;
     std::istringstream(run({"dataset", "--json"}).out) >> json;
     EXPECT_EQ(json[0]["value"].asString(), odd);
@@ -295,7 +289,7 @@ TEST_F(DovctlTest, listenPrintsChangesUntilCtrlCAndUnregisters) {
         const auto calls = service->take();
         ASSERT_EQ(calls.size(), 1u);
         EXPECT_EQ(calls[0].operation, "listeningRegister");
-        EXPECT_TRUE(calls[0].callback->onCallback({resource(5, "1"), resource(6, "2")}).isOk());
+        EXPECT_TRUE(calls[0].callback->onCallback({element(5, "1"), element(6, "2")}).isOk());
     };
     const Result result = run({"listen", "--opcode", "5", "--opcode", "6", "--json"});
     EXPECT_EQ(result.code, 0) << result.err;

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/data.h"
 #include "tests/support/shown.h"
 #include "tests/support/test_services.h"
 
@@ -29,13 +30,6 @@ LogLine info(const std::string& text) {
 }
 LogLine error(const std::string& text) {
     return {ANDROID_LOG_ERROR, "[DOV_CLIENT]", text};
-}
-
-MirxRequestData element(int32_t id, std::optional<std::string> value = {}) {
-    MirxRequestData data;
-    data.id = id;
-    data.value = std::move(value);
-    return data;
 }
 
 // The number returned, or what was thrown.

@@ -9,6 +9,7 @@
 
 #include "simulator/describe.h"
 #include "simulator/mirx_service.h"
+#include "tests/support/data.h"
 #include "tests/support/test_services.h"
 
 using aidl::vendor::tavro::hardware::mirx::BnMirxCallback;
@@ -33,13 +34,6 @@ class Callback : public BnMirxCallback {
     std::mutex mMutex;
     std::vector<std::string> mHeard;
 };
-
-MirxRequestData setting(int32_t opcode, std::optional<std::string> value = {}) {
-    MirxRequestData data;
-    data.id = opcode;
-    data.value = std::move(value);
-    return data;
-}
 
 MirxRequestParcel parcel(int32_t requestType, std::vector<MirxRequestData> data) {
     MirxRequestParcel parcel;
@@ -92,38 +86,38 @@ TEST_F(SimulatorServiceTest, everyQueryHasAnAnswerThatMakesSense) {
     int32_t result = 0;
     mirx->propertySet("feature.3", "1", &result);
     mirx->propertySet("power_mode.2", "7", &result);
-    EXPECT_EQ(state(parcel(0, {setting(kFloor, ""), setting(5, "")})),
+    EXPECT_EQ(state(parcel(0, {element(kFloor, ""), element(5, "")})),
               "[{id=0x01010010 value=\"300000\"} {id=5}]");
-    request(parcel(1, {setting(kFloor, "9"), setting(5, "x")}));
-    EXPECT_EQ(state(parcel(0, {setting(kFloor, ""), setting(5, "")})),
+    request(parcel(1, {element(kFloor, "9"), element(5, "x")}));
+    EXPECT_EQ(state(parcel(0, {element(kFloor, ""), element(5, "")})),
               "[{id=0x01010010 value=\"9\"} {id=5 value=\"x\"}]");
-    EXPECT_EQ(state(parcel(0xd, {setting(2)})), "[{id=2 value=\"7\"}]");
-    EXPECT_EQ(state(parcel(0xd, {setting(1)})), "[{id=1 value=\"0\"}]");
-    EXPECT_EQ(state(parcel(0x11, {setting(3)})), "[{id=3 value=\"1\"}]");
+    EXPECT_EQ(state(parcel(0xd, {element(2)})), "[{id=2 value=\"7\"}]");
+    EXPECT_EQ(state(parcel(0xd, {element(1)})), "[{id=1 value=\"0\"}]");
+    EXPECT_EQ(state(parcel(0x11, {element(3)})), "[{id=3 value=\"1\"}]");
     EXPECT_EQ(state(parcel(0x11, {})), "[{id=0 value=\"0\"}]");
-    EXPECT_EQ(state(parcel(0xf, {setting(1), setting(2)})), "[{id=1 value=\"155\"}]");
+    EXPECT_EQ(state(parcel(0xf, {element(1), element(2)})), "[{id=1 value=\"155\"}]");
     EXPECT_THAT(state(parcel(0x10, {})), HasSubstr("{id=0x01010010 value=\"9\"}"));
     EXPECT_THAT(state(parcel(0xb, {})), HasSubstr("resource control (1)"));
-    EXPECT_EQ(state(parcel(99, {setting(1)})), "[]");
+    EXPECT_EQ(state(parcel(99, {element(1)})), "[]");
 }
 
 TEST_F(SimulatorServiceTest, rulesHoldTheirResourcesWhileTheirStatusIsNotZero) {
     int32_t result = -1;
-    EXPECT_TRUE(mirx->ruleCtl(14, 2, {setting(kFloor, "1")}, &result).isOk());
+    EXPECT_TRUE(mirx->ruleCtl(14, 2, {element(kFloor, "1")}, &result).isOk());
     EXPECT_EQ(result, 0);
-    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"1\"}]");
+    EXPECT_EQ(state(parcel(0, {element(kFloor)})), "[{id=0x01010010 value=\"1\"}]");
     mirx->ruleCtl(14, 1, {}, &result);
-    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
-    mirx->ruleCtl(14, 1, {setting(kFloor, "2")}, &result);
-    mirx->ruleCtl(14, 0, {setting(kFloor, "3")}, &result);
-    EXPECT_EQ(state(parcel(0, {setting(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
+    EXPECT_EQ(state(parcel(0, {element(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
+    mirx->ruleCtl(14, 1, {element(kFloor, "2")}, &result);
+    mirx->ruleCtl(14, 0, {element(kFloor, "3")}, &result);
+    EXPECT_EQ(state(parcel(0, {element(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
 }
 
 TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothingElse) {
     const auto callback = ndk::SharedRefBase::make<Callback>();
-    const int32_t handle = listen(callback, {setting(kFloor), setting(5)});
-    const int32_t older = request(parcel(1, {setting(kFloor, "1"), setting(6, "6")}));
-    const int32_t newer = request(parcel(1, {setting(kFloor, "2")}));
+    const int32_t handle = listen(callback, {element(kFloor), element(5)});
+    const int32_t older = request(parcel(1, {element(kFloor, "1"), element(6, "6")}));
+    const int32_t newer = request(parcel(1, {element(kFloor, "2")}));
     release(newer);
     release(older);
     EXPECT_TRUE(eventually([&] { return callback->heard().size() == 4; }));
@@ -138,7 +132,7 @@ TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothin
     EXPECT_EQ(result, 0);
     mirx->listeningUnregister(handle, &result);
     EXPECT_EQ(result, -1);
-    request(parcel(1, {setting(kFloor, "3")}));
+    request(parcel(1, {element(kFloor, "3")}));
     // A completion comes after every callback that was due before it.
     MirxRequestParcel last = parcel(1, {});
     const auto completion = ndk::SharedRefBase::make<Callback>();
@@ -153,7 +147,7 @@ TEST_F(SimulatorServiceTest, thermalListenersHearOfTheirSubsystemsChangesOnly) {
     int32_t handle = 0;
     EXPECT_TRUE(mirx->thermalListeningRegister({1, 2}, callback, &handle).isOk());
     for (const char* level : {"3", "3", "4"}) {
-        EXPECT_EQ(request(parcel(7, {setting(1, level), setting(9, level)})), 1);
+        EXPECT_EQ(request(parcel(7, {element(1, level), element(9, level)})), 1);
     }
     EXPECT_TRUE(eventually([&] { return callback->heard().size() == 2; }));
     EXPECT_THAT(callback->heard(),
@@ -161,10 +155,10 @@ TEST_F(SimulatorServiceTest, thermalListenersHearOfTheirSubsystemsChangesOnly) {
 }
 
 TEST_F(SimulatorServiceTest, diagnosticsPrintTablesAndSwitchTheHistory) {
-    MirxRequestParcel scene = parcel(2, {setting(7)});
+    MirxRequestParcel scene = parcel(2, {element(7)});
     scene.pid = 1234;
     const int32_t handle = request(scene);
-    request(parcel(1, {setting(kFloor, "9")}));
+    request(parcel(1, {element(kFloor, "9")}));
     const std::vector<std::pair<int32_t, std::string>> tables = {
             {0, "callbacks to make: 0"},
             {1, "handle " + std::to_string(handle)},
@@ -178,17 +172,17 @@ TEST_F(SimulatorServiceTest, diagnosticsPrintTablesAndSwitchTheHistory) {
     };
     for (const auto& [code, text] : tables) {
         printed.str("");
-        EXPECT_EQ(request(parcel(5, {setting(code)})), 1);
+        EXPECT_EQ(request(parcel(5, {element(code)})), 1);
         EXPECT_THAT(printed.str(), HasSubstr("dump     "));
         EXPECT_THAT(printed.str(), HasSubstr(text));
     }
-    EXPECT_EQ(request(parcel(5, {setting(9)})), 0) << "the gap in the codes";
+    EXPECT_EQ(request(parcel(5, {element(9)})), 0) << "the gap in the codes";
     EXPECT_EQ(request(parcel(5, {})), 0);
-    EXPECT_EQ(request(parcel(5, {setting(11)})), 1);
+    EXPECT_EQ(request(parcel(5, {element(11)})), 1);
     const std::string before = state(parcel(0xb, {}));
-    request(parcel(1, {setting(1, "1")}));
+    request(parcel(1, {element(1, "1")}));
     EXPECT_EQ(state(parcel(0xb, {})), before);
-    EXPECT_EQ(request(parcel(5, {setting(10)})), 1);
-    request(parcel(1, {setting(1, "1")}));
+    EXPECT_EQ(request(parcel(5, {element(10)})), 1);
+    request(parcel(1, {element(1, "1")}));
     EXPECT_NE(state(parcel(0xb, {})), before);
 }

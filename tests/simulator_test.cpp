@@ -8,6 +8,7 @@
 
 #include "simulator/describe.h"
 #include "simulator/holds.h"
+#include "tests/support/data.h"
 
 using simulator::End;
 using simulator::Hold;
@@ -52,15 +53,8 @@ struct Ended {
     bool operator==(const Ended&) const = default;
 };
 
-MirxRequestData setting(int32_t opcode, const std::string& value) {
-    MirxRequestData data;
-    data.id = opcode;
-    data.value = value;
-    return data;
-}
-
 MirxRequestData pathSetting(const std::string& path, const std::string& value) {
-    MirxRequestData data = setting(0, value);
+    MirxRequestData data = element(0, value);
     data.path = path;
     return data;
 }
@@ -136,11 +130,11 @@ TEST_F(HoldsTest, aHandleOfTheCallersOwnReplacesWhatItHeldAndIsNotGivenOut) {
 TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
     const ResourceKey floor = {.opcode = kFloor};
     EXPECT_EQ(holds.effectiveValue(floor), "300000");
-    const int32_t older = holds.add({.resources = {setting(kFloor, "1"), setting(77, "x")}});
+    const int32_t older = holds.add({.resources = {element(kFloor, "1"), element(77, "x")}});
     EXPECT_EQ(takeChanges(), "[{id=77 value=\"x\"} {id=0x01010010 value=\"1\"}]");
-    const int32_t newer = holds.add({.resources = {setting(kFloor, "5"), setting(kFloor, "2")}});
+    const int32_t newer = holds.add({.resources = {element(kFloor, "5"), element(kFloor, "2")}});
     EXPECT_EQ(takeChanges(), "[{id=0x01010010 value=\"2\"}]") << "the later of two settings counts";
-    holds.put({.holder = kRule14, .resources = {setting(kFloor, "2")}});
+    holds.put({.holder = kRule14, .resources = {element(kFloor, "2")}});
     EXPECT_EQ(takeChanges(), "[]") << "the value that shows is the same";
     holds.end(request(newer));
     EXPECT_EQ(takeChanges(), "[]");
@@ -154,7 +148,7 @@ TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
 
 TEST_F(HoldsTest, pathsAndRulesHaveNamesOfTheirOwn) {
     holds.put({.holder = request(14), .resources = {pathSetting("/a", "1")}});
-    holds.put({.holder = kRule14, .resources = {setting(0, "2")}});
+    holds.put({.holder = kRule14, .resources = {element(0, "2")}});
     EXPECT_TRUE(ended().empty()) << "a rule is no request, even with the same number";
     EXPECT_EQ(holds.effectiveValue({.path = "/a"}), "1");
     EXPECT_EQ(holds.effectiveValue({.opcode = 0}), "2");

@@ -15,13 +15,6 @@ LogLine failed(const std::string& name) {
     return error(name + "() failed: mirx HAL service not available");
 }
 
-MirxRequestData element(int32_t id, std::optional<std::string> value) {
-    MirxRequestData data;
-    data.id = id;
-    data.value = std::move(value);
-    return data;
-}
-
 MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::string> value) {
     MirxRequestData data = element(0, std::move(value));
     data.path = std::move(path);

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/data.h"
 #include "tests/support/test_services.h"
 
 // Lines that the operations log.
@@ -12,7 +13,6 @@ LogLine info(const std::string& text);
 LogLine error(const std::string& text);
 LogLine failed(const std::string& name);
 
-MirxRequestData element(int32_t id, std::optional<std::string> value = {});
 MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::string> value = {});
 
 // A request of the given kind; a `flag` that is left out is false.

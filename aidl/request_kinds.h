@@ -1,9 +1,9 @@
-// The kinds of request and query, as MirxRequestParcel::requestType carries them.
+// The kinds of request, which MirxRequestParcel::requestType carries as plain numbers.
 #pragma once
 
 #include <cstdint>
 
-namespace simulator {
+namespace mirx {
 
 enum RequestKind : int32_t {
     kStateQuery = 0x0,
@@ -21,4 +21,4 @@ enum RequestKind : int32_t {
     kFeatureQuery = 0x11,
 };
 
-}  // namespace simulator
+}  // namespace mirx
