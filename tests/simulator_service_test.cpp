@@ -52,7 +52,11 @@ class SimulatorServiceTest : public BinderTest {
         serve(simulated->asBinder());
         mirx = IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kServiceName)));
     }
-    ~SimulatorServiceTest() override { mirx.reset(); }
+    ~SimulatorServiceTest() override {
+        mirx.reset();
+        // Calls that are under way end before the journal does.
+        services().removeService(android::String16(kServiceName));
+    }
 
     int32_t request(const MirxRequestParcel& parcel) {
         int32_t result = 0;

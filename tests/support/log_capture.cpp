@@ -44,10 +44,6 @@ LogCapture::LogCapture() {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
 }
 
-LogCapture::~LogCapture() {
-    __android_log_set_logger([](const __android_log_message*) {});
-}
-
 std::vector<LogLine> LogCapture::take() {
     std::lock_guard lock(gMutex);
     return std::exchange(gLines, {});

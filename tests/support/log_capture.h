@@ -21,7 +21,6 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line);
 class LogCapture {
   public:
     LogCapture();
-    ~LogCapture();
 
     // The lines since the last call, or since the beginning; forgets them.
     std::vector<LogLine> take();
