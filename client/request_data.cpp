@@ -19,7 +19,7 @@ std::vector<MirxRequestData> toRequestData(const std::list<Resource>& resources)
     for (const Resource& resource : resources) {
         MirxRequestData& element = data.emplace_back();
         element.id = resource.opcode;
-        element.value = resource.value ? *resource.value : std::string();
+        element.value = resource.value.value_or("");
     }
     return data;
 }

@@ -114,8 +114,9 @@ int mirxResListeningRegister(std::list<DovClient::Resource>& resources, int pid,
                              const std::shared_ptr<IClientCallback>& callback);
 
 // Ends every registration of this process with `handle`, by opcode, by path or thermal, and lets go
-// of its callback. When the service is bound that happens whether or not its call succeeds. An
-// unknown handle is passed on too, with an error "The callback was not registered before".
+// of its callback, whatever the service answers. With no service bound it returns -1 and the
+// registration stays. An unknown handle is passed on too, with an error "The callback was not
+// registered before".
 int mirxResListeningUnRegister(int handle);
 
 // State (state.cpp). Appends to `out` the current value of each of `resources`, as the service
