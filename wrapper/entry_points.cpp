@@ -15,8 +15,6 @@ namespace {
 
 constexpr char kLogTag[] = "[DOV_CLIENT_WRAPPER]";
 
-using Resources = std::vector<DovClient::Resource>;
-
 // What the scenes set, where it is not taken from their description.
 constexpr int32_t kSceneFlag = 0x010103a0;
 constexpr int32_t kSceneEnable = 0x010112f0;
@@ -28,7 +26,7 @@ bool oneOf(int32_t value, Values... values) {
     return ((value == values) || ...);
 }
 
-void rule(int32_t ruleId, int32_t status, const Resources& resources = {}) {
+void rule(int32_t ruleId, int32_t status, const std::vector<DovClient::Resource>& resources = {}) {
     dovRuleCtl(ruleId, status, resources);
 }
 
@@ -38,6 +36,7 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
     const bool on = type == 1;
     const bool off = type == 0;
     const bool onWithData = on && !data.empty();
+    using std::move, std::to_string;
     // clang-format off
     if (oneOf(src, 1, 10, 11, 12, 16, 110, 129, 1000)) return rule(src, type);
 
@@ -49,24 +48,24 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
     if (src == 9 && on)  return rule(9, 1, {{kSceneEnable, "enable 0"}, {kSceneLimit, "0"}});
     if (src == 9 && off) return rule(9, 0);  // no "enable 1": the service relies on the empty list
 
-    if (src == 14 && on)  return rule(14, 1, getGameUpgradeList(0, 0, level, 0, 0, std::move(data)));
+    if (src == 14 && on)  return rule(14, 1, getGameUpgradeList(0, 0, level, 0, 0, move(data)));
     if (src == 14 && off) return clrGameUpgradeMode(14, 0);
 
     if (src == 15 && oneOf(type, -1, 0, 1)) return rule(15, (type & 0xff) | (level << 8));
 
     if (src == 102 && on && oneOf(level, 0, -1)) return rule(102, 1, {{kSceneLevel, "3"}});
-    if (src == 102 && on)                        return rule(102, 1, {{kSceneLevel, std::to_string(level)}});
-    if (src == 102 && off)                       return rule(102, 0, {{kSceneLevel, "0"}});
+    if (src == 102 && on)  return rule(102, 1, {{kSceneLevel, to_string(level)}});
+    if (src == 102 && off) return rule(102, 0, {{kSceneLevel, "0"}});
 
-    if (src == 111 && oneOf(type, -1, 0, 1)) return rule(111, type, {{kSceneFlag, std::to_string(type)}});
+    if (src == 111 && oneOf(type, -1, 0, 1)) return rule(111, type, {{kSceneFlag, to_string(type)}});
 
-    if (src == 130 && onWithData) return rule(130, 1, getTargetLoadList(std::move(data)));
+    if (src == 130 && onWithData) return rule(130, 1, getTargetLoadList(move(data)));
     if (src == 130 && off)        return rule(130, 0);
 
-    if (src == 131 && onWithData) return rule(131, 1, getColocationList(std::move(data)));
+    if (src == 131 && onWithData) return rule(131, 1, getColocationList(move(data)));
     if (src == 131 && off)        return rule(131, 0);
 
-    if (src == 9000 && onWithData) return rule(9000, 1, getGameAdpList(std::move(data)));
+    if (src == 9000 && onWithData) return rule(9000, 1, getGameAdpList(move(data)));
     if (src == 9000 && off)        return rule(9000, 0);
     // clang-format on
 }
