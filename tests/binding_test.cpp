@@ -244,15 +244,17 @@ TEST_F(BindingTest, eventThreadsThatFindNothingBoundAllBind) {
 // A thread may find the proxy gone between binding and calling, when another thread's call has
 // failed in between.
 TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
+    service->failing = true;
     std::atomic<bool> done = false;
-    std::vector<std::thread> failing;
-    service->whenCalled(
-            [this](const std::string& operation) { service->failing = operation == "release"; });
+    std::vector<std::thread> callers;
     for (int i = 0; i < 3; ++i) {
-        failing.emplace_back([&done] {
+        callers.emplace_back([&done] {
             while (!done) DovRelease(1);
         });
     }
+    callers.emplace_back([&done] {
+        while (!done) dovInit();
+    });
     std::vector<LogLine> seen;
     const auto logged = [&](const LogLine& wanted) {
         for (const LogLine& line : log.take()) {
@@ -260,14 +262,15 @@ TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
         }
         return std::find(seen.begin(), seen.end(), wanted) != seen.end();
     };
-    EXPECT_TRUE(eventually([&] {
-        service->take();
-        dovInit();
-        return logged(dov(ANDROID_LOG_ERROR, "DovRelease g_dov_hal is null")) &&
-               logged(dov(ANDROID_LOG_ERROR, "g_dov_hal is null"));
-    }));
+    EXPECT_TRUE(eventually(
+            [&] {
+                service->take();
+                return logged(dov(ANDROID_LOG_ERROR, "DovRelease g_dov_hal is null")) &&
+                       logged(dov(ANDROID_LOG_ERROR, "g_dov_hal is null"));
+            },
+            std::chrono::seconds(60)));
     done = true;
-    for (std::thread& thread : failing) thread.join();
+    for (std::thread& caller : callers) caller.join();
 }
 
 // A process that binds over and over, because its calls fail, must not grow. The other binding

@@ -33,20 +33,26 @@ sp<android::IBinder> TestServices::waitForService(const String16& name) {
 
 namespace {
 
+// Takes the folder away after the last test.
+struct FolderRemoval : public testing::Environment {
+    explicit FolderRemoval(std::string folder) : folder(std::move(folder)) {}
+    void TearDown() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    const std::string folder;
+};
+
 struct Installed {
     Installed() {
         std::string pattern = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for services");
         folder = pattern;
+        testing::AddGlobalTestEnvironment(new FolderRemoval(folder));
         setenv("DOV_SERVICE_DIR", folder.c_str(), 1);  // for child processes
         manager = sp<TestServices>::make(folder);
         android::setDefaultServiceManager(manager);
     }
-    ~Installed() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-
     std::string folder;
     sp<TestServices> manager;
 };
@@ -123,8 +129,8 @@ BinderTest::HeldBackDeath::~HeldBackDeath() {
     mRecipient->letGo.count_down();
 }
 
-bool BinderTest::eventually(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+bool BinderTest::eventually(const std::function<bool()>& condition, std::chrono::seconds time) {
+    const auto end = std::chrono::steady_clock::now() + time;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -65,8 +66,9 @@ class BinderTest : public testing::Test {
     static TestServices& services();
     static const std::string& folder();
 
-    // Waits until `condition` holds; false when it does not within ten seconds.
-    static bool eventually(const std::function<bool()>& condition);
+    // Waits until `condition` holds; false when it does not in time.
+    static bool eventually(const std::function<bool()>& condition,
+                           std::chrono::seconds time = std::chrono::seconds(10));
 
     LogCapture log;
     std::shared_ptr<RecordingService> service = ndk::SharedRefBase::make<RecordingService>();
