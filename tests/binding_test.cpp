@@ -298,10 +298,12 @@ TEST_F(BindingTest, tenThousandBindingsLeaveNothingBehind) {
         return std::distance(begin(fds), end(fds));
     };
     rebind(1000);
-    const long memory = residentKilobytes();
+    [[maybe_unused]] const long memory = residentKilobytes();
     const auto fds = descriptors();
     rebind(10000);
+#if !__has_feature(address_sanitizer)  // it keeps what is freed, and looks for leaks itself
     EXPECT_LT(residentKilobytes() - memory, 256);
+#endif
     EXPECT_EQ(descriptors(), fds);
     ASSERT_EQ(dovInit(), 0);
     log.take();
