@@ -127,3 +127,36 @@ TEST_F(DeathTest, holdsOfTheSimulatorEndWhenTheirTimeRunsOutOrTheyAreReleased) {
     simulator->signal(SIGTERM);
     EXPECT_EQ(simulator->wait(), 0);
 }
+
+TEST_F(DeathTest, aListenerWhoseProcessDiedIsDropped) {
+    const auto simulator = startSimulator();
+    ChildProcess listener(DOVCTL, {"listen", "--opcode", "0x01010010"});
+    simulator->readUntil("listen");
+    const int32_t handle = DovResAcquire({{0x01010010, "1"}}, "", "me", 0);
+    EXPECT_EQ(listener.readUntil(""), "0x01010010  1");
+    listener.signal(SIGKILL);
+    EXPECT_EQ(simulator->readUntil("unlisten"), "unlisten handle 1: its process died");
+    DovRelease(handle);
+    EXPECT_THAT(simulator->readUntil("ended"), HasSubstr("released"));
+}
+
+TEST_F(DeathTest, listenersSurviveTheirServiceAndCanRegisterWithItsSuccessor) {
+    struct Silent : IClientCallback {
+        void onCallback(std::list<DovClient::Resource>) override {}
+    };
+    const auto callback = std::make_shared<Silent>();
+    std::list<DovClient::Resource> first = {{1, "1"}};
+    std::list<DovClient::Resource> second = {{2, "1"}};
+    auto simulator = startSimulator();
+    EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), 1);
+    simulator->signal(SIGKILL);
+    simulator->wait();
+    simulator = startSimulator();
+    // The first calls may still meet the dead proxy.
+    EXPECT_TRUE(eventually(
+            [&] { return mirxHalclient::mirxResListeningRegister(second, 1, callback) == 1; }));
+    EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), -1)
+            << "the registry keeps what the dead service was told";
+    EXPECT_EQ(mirxHalclient::mirxResListeningUnRegister(1), 0);
+    EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), 2);
+}
