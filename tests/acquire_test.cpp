@@ -162,7 +162,7 @@ TEST_F(AcquireTest, failedStatusIsLoggedAndDropsTheProxy) {
 TEST_F(AcquireTest, oneWayCallerGetsItsHandleAlsoWhenTheCallFails) {
     HeldBackDeath death;
     ASSERT_GE(DovEventAcquireOneWay(1, "p", "i", 0, {}), 0);
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     log.take();
     const int32_t handle = DovEventAcquireOneWay(1, "p", "i", 0, {});
     EXPECT_GE(handle, 0);

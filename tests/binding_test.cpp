@@ -82,7 +82,7 @@ TEST_F(BindingTest, anObjectThatIsNotTheServiceIsNotFound) {
 }
 
 TEST_F(BindingTest, aServiceThatCannotBeLinkedToDeathIsDropped) {
-    services().localObject = AIBinder_toPlatformBinder(service->asBinder().get());
+    services().localObject = service->asBinder();
     mirxHalclient::mirx_init();
     EXPECT_EQ(dovInit(), -1);
     EXPECT_THAT(
@@ -99,7 +99,7 @@ TEST_F(BindingTest, aServiceThatCannotBeLinkedToDeathIsDropped) {
 }
 
 TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     EXPECT_EQ(dovInit(), -1);
     EXPECT_THAT(log.take(),
                 ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
@@ -107,7 +107,7 @@ TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
 }
 
 TEST_F(BindingTest, lowLevelClientWaitsForADeclaredService) {
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     std::thread caller([] { mirxHalclient::mirx_init(); });
     EXPECT_TRUE(eventually([] { return services().waits == 1; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -154,7 +154,7 @@ TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
     ASSERT_EQ(dovInit(), 0);
     for (int death = 0; death < 3; ++death) {
         log.take();
-        services().removeService(android::String16(kServiceName));
+        stopServing();
         std::vector<LogLine> lines;
         EXPECT_TRUE(eventually([&] {
             for (const LogLine& line : log.take()) lines.push_back(line);
@@ -173,7 +173,7 @@ TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
 }
 
 TEST_F(BindingTest, threadsThatFindNothingBoundBindOnce) {
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) callers.emplace_back([] { mirxHalclient::mirx_init(); });
     EXPECT_TRUE(eventually([] { return services().waits == 1; }));

@@ -340,7 +340,7 @@ TEST_F(DovctlTest, refusalAbsenceAndUndeclaredServiceAreToldApart) {
     service->failing = true;
     EXPECT_EQ(run({"init"}).code, 1);
 
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     for (const auto& args :
          {std::vector<std::string>{"init"}, {"acquire", "1"}, {"release", "1"}}) {
         result = run(args);

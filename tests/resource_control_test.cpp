@@ -116,7 +116,7 @@ TEST_F(ResourceControlTest, aServiceThatDiesDuringTheCallIsReported) {
     const HeldBackDeath unheard;
     Resources none;
     ASSERT_EQ(mirxResCtlRequest(1, none, 2), 1);
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     log.take();
     EXPECT_EQ(mirxResCtlRequest(1, none, 2), -1);
     EXPECT_THAT(clientLines(),

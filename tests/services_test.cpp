@@ -10,6 +10,7 @@
 #include <android/binder_libbinder.h>
 #include <android/binder_manager.h>
 
+#include "host/services/socket_service_manager.h"
 #include "tests/support/test_services.h"
 
 using android::String16;
@@ -17,6 +18,12 @@ using hostbinder::SocketServiceManager;
 
 class ServicesTest : public BinderTest {
   protected:
+    void SetUp() override {
+        if (overDriver()) GTEST_SKIP() << "about the service manager over sockets";
+    }
+    static SocketServiceManager& services() {
+        return static_cast<SocketServiceManager&>(*android::defaultServiceManager());
+    }
     static void writeFragment(const std::string& text) {
         std::ofstream(folder() + "/test.xml") << text;
     }

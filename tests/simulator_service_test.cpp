@@ -55,7 +55,7 @@ class SimulatorServiceTest : public BinderTest {
     ~SimulatorServiceTest() override {
         mirx.reset();
         // Calls that are under way end before the journal does.
-        services().removeService(android::String16(kServiceName));
+        stopServing();
     }
 
     int32_t request(const MirxRequestParcel& parcel) {

@@ -5,7 +5,6 @@
 # Usage: fetch.sh CACHE_DIR. Fetches only what the cache does not hold yet.
 set -euo pipefail
 
-cache=$(mkdir -p "$1" && cd "$1" && pwd)
 binder_version=34.0.5   # upstream version of android-platform-tools in the suite below
 binder_suite=trixie
 aidl_suite=forky
@@ -13,66 +12,8 @@ tinyxml2_version=9.0.0
 jsoncpp_version=1.9.5
 libraries_suite=bookworm
 
-rm -rf "$cache"/fetch.*  # what an interrupted run has left
-
-say() { printf '==> %s\n' "$*"; }
-die() { printf 'dev: %s\n' "$*" >&2; exit 1; }
-
-# The mirror is the one that this machine's own sources name for Debian's main archive.
-mirror() {
-    local codename
-    # shellcheck disable=SC1091  # the file is the machine's
-    codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
-    # shellcheck disable=SC2016  # apt's own variables
-    apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' 'Identifier: Packages' |
-        awk -v c="$codename" '$1 == "Debian" && $2 == c { print $3; exit }'
-}
-
-# An apt root that knows one other suite and nothing of the machine: apt_in SUITE apt-get ARGS...
-apt_in() {
-    local root="$cache/apt/$1" program=$2
-    shift 2
-    "$program" -q -o Dir::Etc::sourcelist="$root/sources.list" -o Dir::Etc::sourceparts=/dev/null \
-        -o Dir::State::Lists="$root/lists" -o Dir::State::status="$root/status" \
-        -o Dir::Cache="$root/cache" -o APT::Sandbox::User=root "$@"
-}
-
-open_suite() {
-    local suite=$1 root="$cache/apt/$1" uri
-    uri=$(mirror)
-    if [ -z "$uri" ]; then  # a machine that has never read its package lists
-        if [ "$(id -u)" -eq 0 ]; then apt-get update -q; else sudo apt-get update -q; fi
-        uri=$(mirror)
-    fi
-    if [ -z "$uri" ]; then
-        die "apt on this machine has no Debian archive among its sources (look at /etc/apt)"
-    fi
-    mkdir -p "$root/lists/partial" "$root/cache/archives/partial"
-    : > "$root/status"
-    local signed='[signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]'
-    printf '%s\n' "deb $signed $uri $suite main" "deb-src $signed $uri $suite main" > "$root/sources.list"
-    say "reading the package lists of $suite"
-    apt_in "$suite" apt-get update -o APT::Update::Error-Mode=any ||
-        die "no answer from the Debian mirror for $suite: is there a network?"
-}
-
-# fetch_source SUITE PACKAGE VERSION DIR: the upstream source of PACKAGE, which must be VERSION, unpacked as DIR.
-fetch_source() {
-    local suite=$1 package=$2 version=$3 target=$4 work
-    open_suite "$suite"
-    work=$(mktemp -d "$cache/fetch.XXXXXX")
-    say "fetching the source of $package"
-    (cd "$work" && apt_in "$suite" apt-get source --download-only "$package") ||
-        die "the source of $package could not be fetched"
-    if ! ls "$work"/*_"$version"*.orig.tar.* >/dev/null 2>&1; then
-        die "$suite no longer carries version $version of $package: this recipe has to be looked at"
-    fi
-    mkdir "$work/unpacked"
-    tar -xf "$work"/*.orig.tar.* -C "$work/unpacked" --strip-components=1
-    mkdir -p "$(dirname "$target")"
-    mv "$work/unpacked" "$target"
-    rm -rf "$work"
-}
+# shellcheck source=host/apt.sh
+. "$(dirname "$0")/../apt.sh"
 
 # The compiler needs newer run-time libraries than the machine's; it runs through its own loader with its own libraries.
 fetch_aidl() {

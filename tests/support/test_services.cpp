@@ -1,78 +1,28 @@
-// The service manager of a test process, and the fixture of every test that calls the service.
+// The fixture of every test that calls the service.
 #include "tests/support/test_services.h"
-
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <latch>
-#include <stdexcept>
 #include <thread>
 
 #include <android/binder_manager.h>
+#include <binder/IServiceManager.h>
 #include <dov/dov.h>
 #include <dov/halclient.h>
 
 using android::sp;
 using android::String16;
 
-bool TestServices::isDeclared(const String16& name) {
-    ++declarationChecks;
-    return SocketServiceManager::isDeclared(name);
+static std::string fragment() {
+    return Transport::chosen().folder() + "/mirx.xml";
 }
 
-sp<android::IBinder> TestServices::checkService(const String16& name) const {
-    return localObject != nullptr ? localObject : SocketServiceManager::checkService(name);
-}
-
-sp<android::IBinder> TestServices::waitForService(const String16& name) {
-    ++waits;
-    return localObject != nullptr ? localObject : SocketServiceManager::waitForService(name);
-}
-
-namespace {
-
-// Takes the folder away after the last test.
-struct FolderRemoval : public testing::Environment {
-    explicit FolderRemoval(std::string folder) : folder(std::move(folder)) {}
-    void TearDown() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-    const std::string folder;
-};
-
-struct Installed {
-    Installed() {
-        std::string pattern = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for services");
-        folder = pattern;
-        testing::AddGlobalTestEnvironment(new FolderRemoval(folder));
-        setenv("DOV_SERVICE_DIR", folder.c_str(), 1);  // for child processes
-        manager = sp<TestServices>::make(folder);
-        android::setDefaultServiceManager(manager);
-    }
-    std::string folder;
-    sp<TestServices> manager;
-};
-
-Installed& installed() {
-    static Installed installed;
-    return installed;
-}
-
-std::string fragment() {
-    return installed().folder + "/mirx.xml";
-}
-
-}  // namespace
-
-TestServices& BinderTest::services() {
-    return *installed().manager;
+PlatformSeam& BinderTest::services() {
+    return platformSeam();
 }
 const std::string& BinderTest::folder() {
-    return installed().folder;
+    return Transport::chosen().folder();
 }
 
 void BinderTest::declare() {
@@ -85,7 +35,17 @@ void BinderTest::undeclare() {
 }
 
 void BinderTest::serve(const ndk::SpAIBinder& object) {
-    ASSERT_EQ(AServiceManager_addService(object.get(), kServiceName), STATUS_OK);
+    Transport::chosen().serve(object);
+}
+
+std::unique_ptr<ChildProcess> BinderTest::startSimulator() {
+    auto simulator = std::make_unique<ChildProcess>(MIRX_SIMULATOR);
+    simulator->readUntil("serving");
+    return simulator;
+}
+
+void BinderTest::stopServing() {
+    Transport::chosen().stopServing();
 }
 
 void BinderTest::serve() {
@@ -105,13 +65,13 @@ BinderTest::~BinderTest() {
     services().localObject = nullptr;
     service->whenCalled(nullptr);
     service->failing = true;
-    if (services().checkService(String16(kServiceName)) == nullptr) {
+    if (ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() == nullptr) {
         declare();
         serve();
     }
     dovInit();
     mirxHalclient::mirx_init();
-    services().removeService(String16(kServiceName));
+    stopServing();
 }
 
 // Notices are delivered one after the other, in the order in which the recipients were linked.
@@ -121,7 +81,8 @@ struct BinderTest::HeldBackDeath::Recipient : public android::IBinder::DeathReci
 };
 
 BinderTest::HeldBackDeath::HeldBackDeath()
-    : mBinder(services().checkService(String16(kServiceName))), mRecipient(sp<Recipient>::make()) {
+    : mBinder(android::defaultServiceManager()->checkService(String16(kServiceName))),
+      mRecipient(sp<Recipient>::make()) {
     EXPECT_EQ(mBinder->linkToDeath(mRecipient), android::OK);
 }
 
@@ -139,7 +100,7 @@ bool BinderTest::eventually(const std::function<bool()>& condition, std::chrono:
 }
 
 void BinderTest::endService(int notices) {
-    services().removeService(String16(kServiceName));
+    stopServing();
     std::vector<LogLine> lines;
     EXPECT_TRUE(eventually([&] {
         for (LogLine& line : log.take()) lines.push_back(std::move(line));

@@ -1,4 +1,4 @@
-// The service manager of a test process, and the fixture of every test that calls the service.
+// The fixture of every test that calls the service.
 #pragma once
 
 #include <atomic>
@@ -7,36 +7,17 @@
 #include <memory>
 #include <string>
 
+#include <binder/IBinder.h>
 #include <gtest/gtest.h>
 
-#include "host/services/socket_service_manager.h"
+#include "tests/support/child_process.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/recording_service.h"
+#include "tests/support/platform_seam.h"
+#include "tests/support/transport.h"
 
-inline constexpr char kServiceName[] = "vendor.tavro.hardware.mirx.IMirx/default";
-
-// The real service manager over sockets, with what a test cannot produce for real added: it counts,
-// and it can hand out an object that nobody can link to death.
-class TestServices : public hostbinder::SocketServiceManager {
-  public:
-    explicit TestServices(std::string folder) : SocketServiceManager(std::move(folder)) {}
-
-    // How often it was asked whether a service is declared: once for a binding, twice when it is
-    // not.
-    std::atomic<int> declarationChecks = 0;
-    // How often a service was waited for.
-    std::atomic<int> waits = 0;
-    // Handed out instead of a proxy when set: linking to the death of an object of one's own
-    // process fails.
-    android::sp<android::IBinder> localObject;
-
-    bool isDeclared(const android::String16& name) override;
-    android::sp<android::IBinder> checkService(const android::String16& name) const override;
-    android::sp<android::IBinder> waitForService(const android::String16& name) override;
-};
-
-// A test with a folder of services of its own, the service declared and served by `service` in this
-// process, reached through the socket transport with real parcels; both bindings empty.
+// A test with the service declared and served by `service` in this process, reached through the
+// chosen transport with real parcels; both bindings empty.
 class BinderTest : public testing::Test {
   protected:
     BinderTest();
@@ -47,6 +28,10 @@ class BinderTest : public testing::Test {
     // Registers `service`, or `object` in its place, under the service's name.
     void serve();
     static void serve(const ndk::SpAIBinder& object);
+    // Starts mirx-simulator and waits until it serves; it takes the place of what served before.
+    static std::unique_ptr<ChildProcess> startSimulator();
+    // Ends the service as its death would; notices of it may come later.
+    static void stopServing();
     // Ends the service as its death would, and waits until `notices` bindings have heard of it.
     void endService(int notices);
 
@@ -63,7 +48,7 @@ class BinderTest : public testing::Test {
         android::sp<Recipient> mRecipient;
     };
 
-    static TestServices& services();
+    static PlatformSeam& services();
     static const std::string& folder();
 
     // Waits until `condition` holds; false when it does not in time.

@@ -1,0 +1,2 @@
+// Empty: see android.h.
+#pragma once

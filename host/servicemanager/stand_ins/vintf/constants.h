@@ -1,0 +1,2 @@
+// Empty: see VintfObject.h.
+#pragma once

@@ -1,0 +1,80 @@
+// The driver transport of the tests: the service stands in a relay process, so that the library
+// meets a proxy whose process can be killed.
+#include <stdlib.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <gtest/gtest.h>
+
+#include <aidl/vendor/tavro/hardware/mirx/IMirx.h>
+
+#include "tests/support/child_process.h"
+#include "tests/support/transport.h"
+
+namespace {
+
+using aidl::vendor::tavro::hardware::mirx::IMirx;
+
+// Where the relay finds the object of the test, and what declares it.
+constexpr char kBehindRelay[] = "vendor.tavro.hardware.mirx.IMirx/behind_relay";
+constexpr char kFragment[] =
+        "<manifest version=\"1.0\" type=\"device\"><hal format=\"aidl\">"
+        "<name>vendor.tavro.hardware.mirx</name><fqname>IMirx/behind_relay</fqname>"
+        "</hal></manifest>";
+
+class DriverTransport : public Transport {
+  public:
+    DriverTransport() : Transport(true) {
+        unsetenv("DOV_SERVICE_DIR");  // it would send child processes to sockets
+        std::ofstream(mFolder + "/relay.xml") << kFragment;
+        ABinderProcess_startThreadPool();
+    }
+
+    const std::string& folder() const override { return mFolder; }
+
+    void serve(const ndk::SpAIBinder& object) override {
+        if (IMirx::fromBinder(object) == nullptr) {  // nothing that could be relayed
+            add(object, kServiceName);
+            return;
+        }
+        stopServing();
+        add(object, kBehindRelay);
+        mRelay = std::make_unique<ChildProcess>(
+                TEST_RELAY, std::vector<std::string>{kBehindRelay, kServiceName});
+        mRelay->readUntil("serving");
+    }
+
+    void stopServing() override {
+        if (mRelay == nullptr) return;
+        mRelay.reset();
+        // The service manager hears of the death when everybody else does.
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() != nullptr) {
+            if (std::chrono::steady_clock::now() > end) {
+                throw std::runtime_error("the service manager still knows the dead service");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+  private:
+    static void add(const ndk::SpAIBinder& object, const char* name) {
+        ASSERT_EQ(AServiceManager_addService(object.get(), name), EX_NONE) << name;
+    }
+
+    // Where a device has them.
+    const std::string mFolder = "/vendor/etc/vintf/manifest";
+    std::unique_ptr<ChildProcess> mRelay;
+};
+
+}  // namespace
+
+std::unique_ptr<Transport> makeDriverTransport() {
+    return std::make_unique<DriverTransport>();
+}

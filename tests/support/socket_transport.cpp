@@ -1,0 +1,58 @@
+// The socket transport of the tests: a folder of services of their own, made and removed by each
+// test process.
+#include <stdlib.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+#include <android/binder_manager.h>
+#include <gtest/gtest.h>
+
+#include "host/services/socket_service_manager.h"
+#include "tests/support/transport.h"
+
+namespace {
+
+// Takes the folder away after the last test.
+struct FolderRemoval : public testing::Environment {
+    explicit FolderRemoval(std::string folder) : folder(std::move(folder)) {}
+    void TearDown() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    const std::string folder;
+};
+
+class SocketTransport : public Transport {
+  public:
+    SocketTransport() : Transport(false) {
+        std::string pattern = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
+        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for services");
+        mFolder = pattern;
+        testing::AddGlobalTestEnvironment(new FolderRemoval(mFolder));
+        setenv("DOV_SERVICE_DIR", mFolder.c_str(), 1);  // for child processes
+        std::string error;
+        mManager = hostbinder::SocketServiceManager::make(mFolder, &error);
+        if (mManager == nullptr) throw std::runtime_error(error);
+        android::setDefaultServiceManager(mManager);
+    }
+
+    const std::string& folder() const override { return mFolder; }
+
+    // An object of this process is reached through a socket as any other is.
+    void serve(const ndk::SpAIBinder& object) override {
+        ASSERT_EQ(AServiceManager_addService(object.get(), kServiceName), STATUS_OK);
+    }
+
+    void stopServing() override { mManager->removeService(android::String16(kServiceName)); }
+
+  private:
+    std::string mFolder;
+    android::sp<hostbinder::SocketServiceManager> mManager;
+};
+
+}  // namespace
+
+std::unique_ptr<Transport> makeSocketTransport() {
+    return std::make_unique<SocketTransport>();
+}
