@@ -123,11 +123,17 @@ class RestartTest : public BinderTest {
         }
         mDone = true;
         for (std::thread& caller : callers) caller.join();
+        // What a dead service has not called back waits for it, as callers know.
+        {
+            std::lock_guard lock(request_callback_mutex);
+            decltype(request_callbacks)().swap(request_callbacks);
+        }
         // The calls that came last may have met the service that was killed last.
         EXPECT_TRUE(eventually([] { return DovEventAcquire(1, "p", "i", 1, {}) > 0; }));
         mirx_init();
         std::list<DovClient::Resource> resources = {{0x01010010, "2"}};
         EXPECT_TRUE(eventually([&] { return mirxResCtlRequest(1, resources, 1) > 0; }));
+        log.take();
     }
 
     std::shared_ptr<Counting> mCallback = std::make_shared<Counting>();
@@ -155,7 +161,7 @@ TEST_F(RestartTest, nothingHangsAndNothingGrows) {
     EXPECT_GT(mAnswered, kills);
     EXPECT_GT(mCallback->calls, kills);
     if (!kMemoryTells) return;
-    EXPECT_LT(after.heap, before.heap + 64 * 1024);
+    EXPECT_LT(after.heap, before.heap + 16 * 1024);
     EXPECT_LT(after.resident, before.resident + 2 * 1024 * 1024);
 }
 

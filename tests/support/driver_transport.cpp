@@ -39,11 +39,11 @@ class DriverTransport : public Transport {
     const std::string& folder() const override { return mFolder; }
 
     void serve(const ndk::SpAIBinder& object) override {
-        if (IMirx::fromBinder(object) == nullptr) {  // nothing that could be relayed
+        stopServing();
+        if (IMirx::fromBinder(object) == nullptr) {  // nothing that could be relayed, or killed
             add(object, kServiceName);
             return;
         }
-        stopServing();
         add(object, kBehindRelay);
         mRelay = std::make_unique<ChildProcess>(
                 TEST_RELAY, std::vector<std::string>{kBehindRelay, kServiceName});

@@ -1,2 +1,0 @@
-// Empty: see android.h.
-#pragma once
