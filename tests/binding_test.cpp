@@ -275,7 +275,7 @@ TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
 
 // A process that binds over and over, because its calls fail, must not grow. The other binding
 // keeps the proxy alive.
-TEST_F(BindingTest, tenThousandBindingsLeaveNothingBehind) {
+TEST_F(BindingTest, thousandsOfBindingsLeaveNothingBehind) {
     mirxHalclient::mirx_init();
     const auto rebind = [this](int times) {
         for (int i = 0; i < times; ++i) {
@@ -298,9 +298,11 @@ TEST_F(BindingTest, tenThousandBindingsLeaveNothingBehind) {
         return std::distance(begin(fds), end(fds));
     };
     rebind(1000);
+    // In an emulated machine each takes milliseconds.
+    const int times = overDriver() ? 2000 : 10000;
     [[maybe_unused]] const long memory = residentKilobytes();
     const auto fds = descriptors();
-    rebind(10000);
+    rebind(times);
 #if !__has_feature(address_sanitizer)  // it keeps what is freed, and looks for leaks itself
     EXPECT_LT(residentKilobytes() - memory, 256);
 #endif

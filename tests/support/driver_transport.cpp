@@ -33,6 +33,7 @@ class DriverTransport : public Transport {
     DriverTransport() : Transport(true) {
         unsetenv("DOV_SERVICE_DIR");  // it would send child processes to sockets
         std::ofstream(mFolder + "/relay.xml") << kFragment;
+        ABinderProcess_setThreadPoolMaxThreadCount(kDriverThreads);
         ABinderProcess_startThreadPool();
     }
 

@@ -34,6 +34,9 @@ class Transport {
     const bool mIsDriver;
 };
 
+// How many threads the driver may ask this process for, besides the one that it starts with.
+inline constexpr int kDriverThreads = 4;
+
 std::unique_ptr<Transport> makeSocketTransport();
 std::unique_ptr<Transport> makeDriverTransport();
 
