@@ -55,6 +55,13 @@ diff <(sed -n 's/^ *\(k[A-Za-z]*\) = \(0x[0-9a-f]*\),/\2 \1/p' aidl/request_kind
     <(sed -n 's/^| \(0x[0-9a-f]*\) | `\(k[A-Za-z]*\)` .*/\1 \2/p' docs/contract.md | sort -u) ||
     complain "contract.md: the kinds of request are others"
 
+# failures.md: the lines of the log, up to what the library puts into them.
+sed 's/%[sd]/@/g' api/* client/* > "$work/logged"
+while IFS= read -r line; do
+    grep -qF -- "$line" "$work/logged" || complain "failures.md: nothing logs '$line'"
+done < <(cut -s -d '|' -f 4 docs/failures.md | grep -o '`[^`]* [^`]*`' | tr -d '`' |
+    sed -E 's/^\.\.\. //; s/ ?\.\.\.$//; s/NAME|HANDLE/@/; s/([:(])-?[0-9]+/\1@/')
+
 # README.md: what it shows of the demo is what the demo prints; numbers that differ each time count as equal.
 paragraphs() { sed -E 's/[0-9]{4,}/N/g' | tr '\n' '\1' | sed 's/\x01\x01/\n/g' | sed 's/\x01$//'; }
 host/demo.sh "$build" 2>&1 | paragraphs > "$work/demo"
