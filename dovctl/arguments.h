@@ -27,6 +27,8 @@ struct Parameter {
     Count count = Count::kOptional;
     const char* fallback = nullptr;  // an option's value when it is not given
     const char* help = "";
+    // The values there are, where they can be listed: for completion in a shell.
+    std::vector<std::string> (*choices)() = nullptr;
 };
 
 // The values of a command's parameters, in the order given. Fallbacks count as given.

@@ -2,16 +2,12 @@
 #include "dovctl/help.h"
 
 #include <algorithm>
-#include <utility>
-#include <vector>
 
 #include "common/service.h"
 #include "dovctl/commands/commands.h"
 
 namespace dovctl {
 namespace {
-
-using Rows = std::vector<std::pair<std::string, std::string>>;
 
 // A heading and two columns, or nothing when there are no rows.
 std::string section(const char* heading, const Rows& rows) {
@@ -53,6 +49,8 @@ std::string remarks(const Parameter& parameter) {
     return text;
 }
 
+}  // namespace
+
 Rows optionRows(std::span<const Parameter> options) {
     Rows rows;
     for (const Parameter& option : options) {
@@ -63,7 +61,24 @@ Rows optionRows(std::span<const Parameter> options) {
     return rows;
 }
 
-}  // namespace
+Rows argumentRows(const Command& command) {
+    Rows rows;
+    for (const Parameter& positional : command.positionals) {
+        rows.emplace_back(positional.name, remarks(positional));
+    }
+    return rows;
+}
+
+std::string usageOf(const Command& command) {
+    std::string text = std::string("dovctl ") + command.name + " [OPTION]...";
+    for (const Parameter& option : command.options) {
+        if (isRequired(option)) text += " " + usageOf(option, longForm(option));
+    }
+    for (const Parameter& positional : command.positionals) {
+        text += " " + usageOf(positional, positional.name);
+    }
+    return text;
+}
 
 std::string programHelp() {
     std::string text = "Usage: dovctl [OPTION]... COMMAND [ARGUMENT]...\n\n";
@@ -79,18 +94,9 @@ std::string programHelp() {
 }
 
 std::string commandHelp(const Command& command) {
-    std::string text = std::string("Usage: dovctl ") + command.name + " [OPTION]...";
-    for (const Parameter& option : command.options) {
-        if (isRequired(option)) text += " " + usageOf(option, longForm(option));
-    }
-    Rows arguments;
-    for (const Parameter& positional : command.positionals) {
-        text += " " + usageOf(positional, positional.name);
-        arguments.emplace_back(positional.name, remarks(positional));
-    }
-    text += std::string("\n\n") + command.summary + ".\n";
+    std::string text = "Usage: " + usageOf(command) + "\n\n" + command.summary + ".\n";
     if (command.details != nullptr) text += command.details;
-    text += section("Arguments", arguments);
+    text += section("Arguments", argumentRows(command));
     return text + section("Options", optionRows(optionsOf(command)));
 }
 

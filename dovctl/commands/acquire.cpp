@@ -20,6 +20,11 @@ constexpr Parameter kIdentity{.name = "identity",
                               .read = readText,
                               .fallback = "dovctl",
                               .help = "free text that says who asks"};
+
+std::vector<std::string> actionNames() {
+    return gActionList;
+}
+
 ExitCode acquireEvent(Session& session, const Arguments& arguments, const Command& command,
                       const std::function<int32_t()>& acquire) {
     return acquireAndHold(session, arguments, command, Waits::kNever, acquire, [](int32_t handle) {
@@ -66,7 +71,8 @@ constexpr Parameter kEvent[] = {
         {.name = "EVENT",
          .read = readEvent,
          .count = Count::kOne,
-         .help = "the event's number, or an action's name ('dovctl actions' lists them)"},
+         .help = "the event's number, or an action's name ('dovctl actions' lists them)",
+         .choices = actionNames},
 };
 constexpr Parameter kAcquireOptions[] = {
         {.name = "one-way", .help = "do not wait for the service's work"},

@@ -33,6 +33,12 @@ constexpr Diagnostic kRecordings[] = {
         {"off", mirxHalclient::mirxHistoryRequestRecordOff},
 };
 
+std::vector<std::string> namesOf(std::span<const Diagnostic> table) {
+    std::vector<std::string> names;
+    for (const Diagnostic& entry : table) names.emplace_back(entry.name);
+    return names;
+}
+
 ExitCode runDiagnostic(Session& session, const Command& command, std::span<const Diagnostic> table,
                        const std::string& name) {
     const auto diagnostic = std::find_if(table.begin(), table.end(), [&](const Diagnostic& entry) {
@@ -40,7 +46,7 @@ ExitCode runDiagnostic(Session& session, const Command& command, std::span<const
     });
     if (diagnostic == table.end()) {
         std::string names;
-        for (const Diagnostic& entry : table) names.append(" ").append(entry.name);
+        for (const std::string& known : namesOf(table)) names.append(" ").append(known);
         session.console.fail(std::string(command.name) + ": there is no '" + name + "', only" +
                              names);
         return kWrongUsage;
@@ -85,13 +91,28 @@ ExitCode runProp(Session& session, const Arguments& arguments) {
 }
 
 constexpr Parameter kDumpPositionals[] = {
-        {.name = "TABLE", .read = readText, .count = Count::kOne, .help = "which table"},
+        {.name = "TABLE",
+         .read = readText,
+         .count = Count::kOne,
+         .help = "which table",
+         .choices = [] { return namesOf(kDumps); }},
 };
 constexpr Parameter kRecordPositionals[] = {
-        {.name = "STATE", .read = readText, .count = Count::kOne, .help = "on or off"},
+        {.name = "STATE",
+         .read = readText,
+         .count = Count::kOne,
+         .help = "on or off",
+         .choices = [] { return namesOf(kRecordings); }},
 };
 constexpr Parameter kPropPositionals[] = {
-        {.name = "get|set", .read = readText, .count = Count::kOne, .help = "what to do"},
+        {.name = "get|set",
+         .read = readText,
+         .count = Count::kOne,
+         .help = "what to do",
+         .choices =
+                 [] {
+                     return std::vector<std::string>{"get", "set"};
+                 }},
         {.name = "KEY [VALUE]", .read = readText, .count = Count::kMany, .help = "the property"},
 };
 constexpr Parameter kPropOptions[] = {kJson};

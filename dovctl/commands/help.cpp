@@ -21,8 +21,17 @@ ExitCode runHelp(Session& session, const Arguments& arguments) {
     return kDone;
 }
 
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const Command* command : commands()) names.emplace_back(command->name);
+    return names;
+}
+
 constexpr Parameter kPositionals[] = {
-        {.name = "COMMAND", .read = readText, .help = "the command to explain"},
+        {.name = "COMMAND",
+         .read = readText,
+         .help = "the command to explain",
+         .choices = commandNames},
 };
 
 }  // namespace
