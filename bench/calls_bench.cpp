@@ -1,0 +1,68 @@
+// What a call costs through the library and without it, with the service in another process.
+//
+// Finds the service as every program here does: over sockets in DOV_SERVICE_DIR, which must hold
+// the VINTF manifest fragment that declares it, or over the driver.
+#include <signal.h>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <android/log.h>
+
+#include "bench/operations.h"
+
+namespace {
+
+constexpr char kService[] = "vendor.tavro.hardware.mirx.IMirx/default";
+constexpr char kServe[] = "--serve";
+
+// Ends with the process that has started it.
+int serve() {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ABinderProcess_setThreadPoolMaxThreadCount(8);
+    ABinderProcess_startThreadPool();
+    const auto service = ndk::SharedRefBase::make<bench::QuietService>();
+    if (AServiceManager_addService(service->asBinder().get(), kService) != STATUS_OK) {
+        std::fprintf(stderr, "calls_bench: %s cannot be registered\n", kService);
+        return 1;
+    }
+    while (true) pause();
+}
+
+pid_t startService() {
+    char self[] = "/proc/self/exe";
+    char argument[] = "--serve";
+    char* const arguments[] = {self, argument, nullptr};
+    pid_t pid = 0;
+    return posix_spawn(&pid, self, nullptr, nullptr, arguments, environ) == 0 ? pid : -1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Not a line is written: neither by the library nor by what carries the calls.
+    __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
+    if (argc == 2 && std::strcmp(argv[1], kServe) == 0) return serve();
+    if (!AServiceManager_isDeclared(kService)) {
+        std::fprintf(stderr, "calls_bench: %s is not declared\n", kService);
+        return 1;
+    }
+    const pid_t service = startService();
+    if (service < 0) {
+        std::fprintf(stderr, "calls_bench: the service cannot be started\n");
+        return 1;
+    }
+    ABinderProcess_startThreadPool();
+    const auto hal =
+            bench::IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kService)));
+    const int status = bench::run(argc, argv, bench::operations(hal), {.rounds = 100, .calls = 20},
+                                  {1, 2, 4, 8}, {.unit = "us", .nanosecondsPerUnit = 1000});
+    kill(service, SIGKILL);
+    std::fflush(stdout);
+    std::_Exit(status);  // binder threads may still be at work
+}
