@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     ABinderProcess_startThreadPool();
     const auto hal =
             bench::IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kService)));
-    const int status = bench::run(argc, argv, bench::operations(hal), {.rounds = 100, .calls = 20},
+    const int status = bench::run(argc, argv, bench::operations(hal), {.rounds = 301, .calls = 20},
                                   {1, 2, 4, 8}, {.unit = "us", .nanosecondsPerUnit = 1000});
     kill(service, SIGKILL);
     std::fflush(stdout);

@@ -118,6 +118,13 @@ class Bare {
     Run oneWay(MirxRequestParcel parcel) const {
         return [hal = mHal, parcel = std::move(parcel)](int) { hal->oneWayRequest(parcel); };
     }
+    Run oneWayWithHandle(MirxRequestParcel parcel) const {
+        return [hal = mHal, parcel = std::move(parcel)](int) {
+            MirxRequestParcel own = parcel;
+            own.handle = dovGetRandomHandle();
+            hal->oneWayRequest(own);
+        };
+    }
     Run release(int32_t handle) const {
         return [hal = mHal, handle](int) {
             int32_t result = 0;
@@ -195,6 +202,9 @@ void addEventInterface(const Bare& bare, std::vector<Contest>& table) {
     oneWay.pid = getpid();
     oneWay.handle = 77;
     table.push_back(contest("DovEventAcquireOneWay", bare.oneWay(oneWay),
+                            [](int) { DovEventAcquireOneWay(3, kPackage, kIdentity, 2000, {}); }));
+    // The handle comes from the random device, which is opened for each: three system calls.
+    table.push_back(contest("DovEventAcquireOneWay, both draw", bare.oneWayWithHandle(oneWay),
                             [](int) { DovEventAcquireOneWay(3, kPackage, kIdentity, 2000, {}); }));
     table.push_back(contest("DovResAcquire, 8 resources",
                             bare.request(eventParcel(mirx::kResourceControl, data(8), "")),
