@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -42,6 +43,17 @@ pid_t startService() {
     return posix_spawn(&pid, self, nullptr, nullptr, arguments, environ) == 0 ? pid : -1;
 }
 
+// Null when the service's process ends before it serves.
+std::shared_ptr<bench::IMirx> awaitService(pid_t process) {
+    while (waitpid(process, nullptr, WNOHANG) == 0) {
+        const auto hal =
+                bench::IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kService)));
+        if (hal != nullptr) return hal;
+        usleep(10000);
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -53,13 +65,12 @@ int main(int argc, char** argv) {
         return 1;
     }
     const pid_t service = startService();
-    if (service < 0) {
-        std::fprintf(stderr, "calls_bench: the service cannot be started\n");
+    const auto hal = service < 0 ? nullptr : awaitService(service);
+    if (hal == nullptr) {
+        std::fprintf(stderr, "calls_bench: the service did not start\n");
         return 1;
     }
     ABinderProcess_startThreadPool();
-    const auto hal =
-            bench::IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kService)));
     const int status = bench::run(argc, argv, bench::operations(hal), {.rounds = 301, .calls = 20},
                                   {1, 2, 4, 8}, {.unit = "us", .nanosecondsPerUnit = 1000});
     kill(service, SIGKILL);
