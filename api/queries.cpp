@@ -7,6 +7,7 @@
 #include <dov/dov.h>
 
 #include "api/binding.h"
+#include "api/reply_index.h"
 #include "api/request_data.h"
 
 using DovClient::Resource;
@@ -65,22 +66,21 @@ std::optional<Reply> query(const char* function, const MirxRequestParcel& parcel
 
 int32_t DovMutiResStateRequest(std::vector<Resource>& resources) {
     logInfo("DovMutiResStateRequest enter");
-    const auto reply = query("DovMutiResStateRequest",
-                             makeParcel(kStateQuery, toRequestData(resources)), [&resources] {
-                                 if (resources.empty()) logError("input resource is empty, return");
-                                 return !resources.empty();
-                             });
+    auto reply = query("DovMutiResStateRequest", makeParcel(kStateQuery, toRequestData(resources)),
+                       [&resources] {
+                           if (resources.empty()) logError("input resource is empty, return");
+                           return !resources.empty();
+                       });
     if (!reply) return -1;
     if (reply->empty()) {
         logError("failed to get resource value");
         return -1;
     }
     int32_t count = 0;
+    const ReplyIndex index(*reply);
     for (Resource& resource : resources) {
-        const auto found = std::find_if(
-                reply->begin(), reply->end(),
-                [&](const MirxRequestData& element) { return element.id == resource.opcode; });
-        if (found == reply->end()) {
+        const MirxRequestData* found = index.first(resource.opcode);
+        if (found == nullptr) {
             logInfo("not match any opcode in dovcore");
         } else if (found->value) {
             resource.value = found->value;

@@ -1,6 +1,8 @@
-// Finds the id of an action: one hash of the name and one comparison.
+// Finds the id of an action: one hash of the name and a comparison or two.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -10,65 +12,69 @@
 
 namespace dovwrapper {
 
-// A table in which every name has a slot of its own. It is computed by the compiler and lies in
-// read-only memory, so a look-up may run before the library's own initialisers.
+inline constexpr size_t kActionTextSize = [] {
+    size_t size = 0;
+    for (const std::string_view name : kActionNames) size += name.size();
+    return size;
+}();
+
+// The names and a hash table over them. Both are computed by the compiler and hold no pointer, so
+// they lie in memory that all processes share, and a look-up may run before the library's own
+// initialisers.
 class ActionIndex {
   public:
     consteval ActionIndex() {
-        uint64_t hashes[kActionNames.size()] = {};
-        uint16_t firsts[kActionNames.size()] = {};
-        size_t count = 0;
+        size_t end = 0;
+        mSlots.fill(kNone);
         for (size_t id = 0; id < kActionNames.size(); ++id) {
-            const uint64_t hash = hashOf(kActionNames[id]);
-            size_t known = 0;
-            while (known < count && hashes[known] != hash) ++known;
-            if (known < count) continue;  // the first of two equal names wins
-            hashes[count] = hash;
-            firsts[count++] = static_cast<uint16_t>(id);
-        }
-        // Tries factors until one spreads all names; each try marks the slots that it takes with
-        // its own number, which saves clearing them.
-        uint32_t takenBy[kSlots] = {};
-        for (uint32_t attempt = 1;; ++attempt) {
-            mFactor = 0x9e3779b97f4a7c15 * (2 * uint64_t{attempt} - 1);
-            size_t placed = 0;
-            while (placed < count && takenBy[slotOf(hashes[placed])] != attempt) {
-                takenBy[slotOf(hashes[placed++])] = attempt;
-            }
-            if (placed == count) break;
-        }
-        for (uint8_t& id : mIds) id = kNone;
-        for (size_t i = 0; i < count; ++i) {
-            mIds[slotOf(hashes[i])] = static_cast<uint8_t>(firsts[i]);
+            const std::string_view text = kActionNames[id];
+            std::copy(text.begin(), text.end(), mText.begin() + static_cast<ptrdiff_t>(end));
+            end += text.size();
+            mEnds[id] = static_cast<uint16_t>(end);
+            uint8_t& slot = mSlots[slotOf(text)];
+            if (slot == kNone) slot = static_cast<uint8_t>(id);  // the first of two equals wins
         }
     }
 
+    static constexpr size_t size() { return kActionNames.size(); }
+
+    // The name of the action with this id, which must be less than size().
+    constexpr std::string_view name(size_t id) const {
+        const size_t begin = id == 0 ? 0 : mEnds[id - 1];
+        return {mText.data() + begin, mEnds[id] - begin};
+    }
+
     // The id of the action with exactly this name.
-    constexpr std::optional<int32_t> find(std::string_view name) const {
-        const uint8_t id = mIds[slotOf(hashOf(name))];
-        if (id == kNone || kActionNames[id] != name) return std::nullopt;
+    constexpr std::optional<int32_t> find(std::string_view text) const {
+        const uint8_t id = mSlots[slotOf(text)];
+        if (id == kNone) return std::nullopt;
         return id;
     }
 
   private:
-    static constexpr int kSlotBits = 12;
-    static constexpr size_t kSlots = size_t{1} << kSlotBits;
+    // More than twice as many as there are names, so a search ends soon.
+    static constexpr size_t kSlots = 512;
     static constexpr uint8_t kNone = std::numeric_limits<uint8_t>::max();
-    static_assert(kActionNames.size() <= kNone);
+    static_assert(kActionNames.size() <= kNone && kActionNames.size() < kSlots);
+    static_assert(kActionTextSize <= std::numeric_limits<uint16_t>::max());
 
     // FNV-1a.
-    static constexpr uint64_t hashOf(std::string_view text) {
-        uint64_t hash = 0xcbf29ce484222325;
-        for (const char c : text) hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001b3;
+    static constexpr uint32_t hashOf(std::string_view text) {
+        uint32_t hash = 0x811c9dc5;
+        for (const char c : text) hash = (hash ^ static_cast<uint8_t>(c)) * 0x01000193;
         return hash;
     }
 
-    constexpr size_t slotOf(uint64_t hash) const {
-        return static_cast<size_t>((hash * mFactor) >> (64 - kSlotBits));
+    // Where the name is, or else the free slot where it would be.
+    constexpr size_t slotOf(std::string_view text) const {
+        size_t slot = hashOf(text) % kSlots;
+        while (mSlots[slot] != kNone && name(mSlots[slot]) != text) slot = (slot + 1) % kSlots;
+        return slot;
     }
 
-    uint64_t mFactor = 0;
-    uint8_t mIds[kSlots] = {};
+    std::array<char, kActionTextSize> mText{};
+    std::array<uint16_t, kActionNames.size()> mEnds{};
+    std::array<uint8_t, kSlots> mSlots{};
 };
 
 inline constexpr ActionIndex kActionIndex;

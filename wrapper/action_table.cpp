@@ -1,7 +1,15 @@
 // The action names as callers see them.
 #include <dov/DovWrapper.h>
 
-#include "wrapper/action_names.h"
+#include "wrapper/action_index.h"
 
-const std::vector<std::string> gActionList(dovwrapper::kActionNames.begin(),
-                                           dovwrapper::kActionNames.end());
+static std::vector<std::string> allNames() {
+    std::vector<std::string> names;
+    names.reserve(dovwrapper::kActionIndex.size());
+    for (size_t id = 0; id < dovwrapper::kActionIndex.size(); ++id) {
+        names.emplace_back(dovwrapper::kActionIndex.name(id));
+    }
+    return names;
+}
+
+const std::vector<std::string> gActionList = allNames();

@@ -9,11 +9,17 @@
 namespace dovwrapper {
 
 std::optional<std::string_view> Pieces::next() {
-    const size_t start = mRest.find_first_not_of(mDelimiters);
-    if (start == std::string_view::npos) return std::nullopt;
-    mRest.remove_prefix(start);
-    const std::string_view piece = mRest.substr(0, mRest.find_first_of(mDelimiters));
-    mRest.remove_prefix(piece.size());
+    // By hand: texts are short and there is one delimiter mostly, which the standard library's
+    // searches take a call for each character to find.
+    const auto isDelimiter = [this](char c) {
+        return mDelimiters.size() == 1 ? c == mDelimiters.front()
+                                       : mDelimiters.find(c) != std::string_view::npos;
+    };
+    const auto begin = std::find_if_not(mRest.begin(), mRest.end(), isDelimiter);
+    if (begin == mRest.end()) return std::nullopt;
+    const auto end = std::find_if(begin, mRest.end(), isDelimiter);
+    const std::string_view piece(begin, end);
+    mRest = std::string_view(end, mRest.end());
     return piece;
 }
 

@@ -10,6 +10,7 @@ binder_suite=trixie
 aidl_suite=forky
 tinyxml2_version=9.0.0
 jsoncpp_version=1.9.5
+benchmark_version=1.7.1
 libraries_suite=bookworm
 
 # shellcheck source=host/apt.sh
@@ -49,5 +50,8 @@ if [ ! -d "$cache/src/tinyxml2" ]; then
 fi
 if [ ! -d "$cache/src/jsoncpp" ]; then
     fetch_source "$libraries_suite" libjsoncpp "$jsoncpp_version" "$cache/src/jsoncpp"
+fi
+if [ ! -d "$cache/src/benchmark" ]; then
+    fetch_source "$libraries_suite" benchmark "$benchmark_version" "$cache/src/benchmark"
 fi
 if [ ! -d "$cache/aidl" ]; then fetch_aidl "$cache/aidl"; fi
