@@ -60,7 +60,8 @@ class MirxService : public BnMirx {
     void received(const std::string& line);
     // What the profile has for a request; null for nothing.
     const Profile::Policy* policyOf(const MirxRequestParcel& parcel) const;
-    // Adds what a policy sets in front of the hold's own resources: of two settings the later counts.
+    // Adds what a policy sets in front of the hold's own resources: of two settings the later
+    // counts.
     static void applyPolicy(const Profile::Policy* policy, Hold& hold);
     void notePolicy(const Profile::Policy* policy);
 
