@@ -3,7 +3,9 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <utility>
+#include <vector>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
 #include <android/binder_manager.h>

@@ -19,7 +19,7 @@ Json::Value jsonOf(const Hold& hold) {
     json["for"] = subjectOf(hold);
     json["package"] = hold.package;
     json["identity"] = hold.identity;
-    json["pid"] = hold.pid;
+    json["pid"] = hold.pid != 0 ? Json::Value(hold.pid) : Json::nullValue;
     json["held_ms"] = Json::Int64{held};
     json["left_ms"] = Json::nullValue;
     if (hold.duration > 0)

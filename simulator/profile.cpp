@@ -96,8 +96,11 @@ class ProfileReader {
                     }));
             if (data.id == 0) fail(element, "opcode=\"0\" names no resource");
         }
-        if (value == nullptr || *value == '\0') fail(element, "needs value=\"…\"");
-        data.value = value;
+        if (value == nullptr || *value == '\0') {
+            fail(element, "needs value=\"…\"");
+        } else {
+            data.value = value;
+        }
         return data;
     }
 

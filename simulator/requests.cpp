@@ -62,9 +62,7 @@ int32_t MirxService::acquire(const MirxRequestParcel& parcel) {
         if (mTimeline != nullptr) {
             mTimeline->mark(parcel.requestType == kEventAcquire ? "events" : "scenes",
                             subjectOf(hold),
-                            {{"package", hold.package},
-                             {"identity", hold.identity},
-                             {"pid", std::to_string(hold.pid)}});
+                            {{"package", hold.package}, {"identity", hold.identity}});
         }
     }
     int32_t handle = parcel.handle;

@@ -108,7 +108,7 @@ void Timeline::begin(const Hold& hold) {
         details["value"] = value;
         details["package"] = hold.package;
         details["identity"] = hold.identity;
-        details["pid"] = hold.pid;
+        if (hold.pid != 0) details["pid"] = hold.pid;
         details["duration_ms"] = Json::Int64{hold.duration};
         write(slice);
         mOpen.push_back({track, hold.holder});

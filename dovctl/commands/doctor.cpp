@@ -1,6 +1,8 @@
 // dovctl doctor: why does nothing happen?
 #include "dovctl/doctor.h"
 
+#include <algorithm>
+
 #include "dovctl/commands/commands.h"
 #include "dovctl/commands/parameters.h"
 #include "dovctl/output.h"

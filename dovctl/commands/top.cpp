@@ -81,6 +81,7 @@ class Source {
 // A member as text. What others have written must not command the terminal.
 std::string textOf(const Json::Value& object, const char* member) {
     const Json::Value value = memberOf(object, member);
+    if (value.isNull()) return "-";
     std::string text = value.isConvertibleTo(Json::stringValue) ? value.asString() : "?";
     for (char& c : text) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
