@@ -72,7 +72,7 @@ class DoctorTest : public BinderTest {
         std::ostringstream out, err;
         dovctl::Dovctl dovctl(
                 out, err, [] {}, [] {}, transport);
-        Report report{.code = dovctl.run({"doctor", "--json", "--timeout", "500"}), .steps = {}};
+        Report report{.code = dovctl.run({"doctor", "--json", "--timeout", "1000"}), .steps = {}};
         EXPECT_EQ(err.str(), "");
         std::istringstream(out.str()) >> report.steps;
         return report;
@@ -82,7 +82,7 @@ class DoctorTest : public BinderTest {
 };
 
 TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
-    std::latch goOn{1};
+    const auto goOn = std::make_shared<std::latch>(1);
     struct Case {
         std::function<void()> arrange;
         std::string failure;
@@ -117,9 +117,9 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
             {[this] { service->failing = false, service->answer = -1; },
              "hold: the service refused to hold", 1},
             {[this] { service->answer = 1; },
-             "callbacks: the service held, but did not call back within 500 ms", 1},
-            {[&] { service->whenCalled([&](const std::string&) { goOn.wait(); }); },
-             "init: no answer within 500 ms from process " + std::to_string(getpid()), 1},
+             "callbacks: the service held, but did not call back within 1000 ms", 1},
+            {[&] { service->whenCalled([goOn](const std::string&) { goOn->wait(); }); },
+             "init: no answer within 1000 ms from process " + std::to_string(getpid()), 1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.failure);
@@ -128,7 +128,7 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
         EXPECT_THAT(report.failure(), testing::StartsWith(c.failure));
         EXPECT_EQ(report.code, c.code);
     }
-    goOn.count_down();
+    goOn->count_down();
 }
 
 TEST_F(DoctorTest, aServiceThatDoesAllItShouldIsWell) {
@@ -169,9 +169,9 @@ TEST_F(DoctorTest, aStoppedServiceDoesNotHangTheDoctor) {
     ChildProcess simulator(MIRX_SIMULATOR);
     simulator.readUntil("serving");
     simulator.signal(SIGSTOP);
-    ChildProcess doctor(DOVCTL, {"doctor", "--timeout", "500"});
+    ChildProcess doctor(DOVCTL, {"doctor", "--timeout", "1000"});
     const std::string pid = std::to_string(simulator.pid());
-    EXPECT_THAT(doctor.readUntil("failed"), HasSubstr("no answer within 500 ms from process " +
+    EXPECT_THAT(doctor.readUntil("failed"), HasSubstr("no answer within 1000 ms from process " +
                                                       pid + " (mirx-simulator), stopped"));
     EXPECT_THAT(doctor.readUntil("  "), HasSubstr("kill -CONT " + pid));
     EXPECT_EQ(doctor.wait(), 3);

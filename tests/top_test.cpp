@@ -39,6 +39,7 @@ class TopTest : public BinderTest {
 
 TEST_F(TopTest, withoutATerminalItPrintsHoldsAndValuesOnce) {
     simulate();
+    EXPECT_EQ(run({"top"}), "nothing is held\n");
     DovResAcquire({{0x01010010, "900000"}}, "", "me\033[2J", 60000);
     const std::string text = run({"top"});
     EXPECT_THAT(text, ContainsRegex("handle 1  resource control +me.\\[2J .* 0.. s  .* s +1\n"));

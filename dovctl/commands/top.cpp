@@ -131,13 +131,16 @@ std::vector<std::string> linesOf(const State& state, bool all) {
     const Json::Value& holds = state.json["holds"];
     if (holds.isNull()) {
         lines.emplace_back("the service does not tell what is held; these are its values:");
-        lines.emplace_back();
         all = true;
+    } else if (holds.empty()) {
+        lines.emplace_back("nothing is held");
     } else {
         add(holdsTable(holds));
-        lines.emplace_back();
     }
-    add(resourcesTable(state.json["resources"], all));
+    const Table resources = resourcesTable(state.json["resources"], all);
+    if (resources.rows.empty()) return lines;
+    lines.emplace_back();
+    add(resources);
     return lines;
 }
 
