@@ -2,12 +2,15 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <span>
 #include <vector>
 
+#include "common/transport.h"
 #include "dovctl/arguments.h"
 #include "dovctl/console.h"
 #include "dovctl/exit_code.h"
+#include "dovctl/screen.h"
 
 namespace dovctl {
 
@@ -18,6 +21,9 @@ struct Session {
     // the answer cannot come too early. Until then Ctrl-C ends the program.
     std::function<void()> expectInterrupt;
     std::function<void()> waitForInterrupt;
+    dovcommon::Transport transport;
+    // A screen on the program's terminal; null when it has none.
+    std::function<std::unique_ptr<Screen>()> openScreen;
 };
 
 struct Command {
@@ -29,6 +35,8 @@ struct Command {
     std::span<const Parameter> positionals = {};
     std::span<const Parameter> options = {};
     ExitCode (*run)(Session& session, const Arguments& arguments) = nullptr;
+    // Runs also where no service can be reached at all.
+    bool offline = false;
 };
 
 // The options in front of the command, and those that every command takes beside its own.

@@ -32,9 +32,11 @@ std::vector<Parameter> optionsOf(const Command& command) {
 }
 
 Dovctl::Dovctl(std::ostream& out, std::ostream& err, std::function<void()> waitForInterrupt,
-               std::function<void()> expectInterrupt)
+               std::function<void()> expectInterrupt, dovcommon::Transport transport,
+               std::function<std::unique_ptr<Screen>()> openScreen)
     : mConsole(out, err),
-      mSession{mConsole, std::move(expectInterrupt), std::move(waitForInterrupt)} {}
+      mSession{mConsole, std::move(expectInterrupt), std::move(waitForInterrupt),
+               std::move(transport), std::move(openScreen)} {}
 
 int Dovctl::run(const std::vector<std::string>& args) {
     Arguments arguments;
@@ -75,6 +77,11 @@ ExitCode Dovctl::runCommand(const Command& command, const std::vector<std::strin
     if (error.empty()) error = complete(options, arguments);
     if (!error.empty()) return wrongUsage(error, &command);
 
+    if (!mSession.transport.problem.empty() && !command.offline) {
+        mConsole.fail(std::string(command.name) +
+                      ": no service can be reached: " + mSession.transport.problem);
+        return kNoService;
+    }
     const LibraryLog log(mConsole, verbose || arguments.has("verbose"));
     return command.run(mSession, arguments);
 }

@@ -6,9 +6,10 @@
 
 #include <android/binder_process.h>
 #include <android/log.h>
-#include <android/log.h>
 
+#include "common/transport.h"
 #include "dovctl/dovctl.h"
+#include "dovctl/terminal.h"
 
 namespace {
 
@@ -38,6 +39,7 @@ int main(int argc, char** argv) {
     __android_log_set_logger([](const __android_log_message*) {});
     // Notice of the service's death arrives on a binder thread.
     ABinderProcess_startThreadPool();
-    dovctl::Dovctl dovctl(std::cout, std::cerr, waitForInterrupt, expectInterrupt);
+    dovctl::Dovctl dovctl(std::cout, std::cerr, waitForInterrupt, expectInterrupt,
+                          dovcommon::transport(), dovctl::openTerminal);
     return dovctl.run({argv + 1, argv + argc});
 }

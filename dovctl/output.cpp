@@ -59,13 +59,19 @@ void show(Console& console, const Arguments& arguments, const Table& table) {
         console.print(written(array));
         return;
     }
-    std::vector<std::vector<std::string>> lines = {table.columns};
-    for (const auto& row : table.rows) lines.push_back(textsOf(row));
+    for (const std::string& line : linesOf(table)) console.print(line);
+}
+
+std::vector<std::string> linesOf(const Table& table) {
+    std::vector<std::vector<std::string>> rows = {table.columns};
+    for (const auto& row : table.rows) rows.push_back(textsOf(row));
     std::vector<size_t> widths(table.columns.size());
-    for (const auto& line : lines) {
-        for (size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+    for (const auto& row : rows) {
+        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
     }
-    for (const auto& line : lines) console.print(aligned(line, widths));
+    std::vector<std::string> lines;
+    for (const auto& row : rows) lines.push_back(aligned(row, widths));
+    return lines;
 }
 
 void show(Console& console, const Arguments& arguments, const std::string& name,

@@ -24,6 +24,9 @@ inline constexpr Parameter kJson{.name = "json", .help = "print JSON"};
 // Prints a table: aligned columns under their names, or with --json an array of objects, one line.
 void show(Console& console, const Arguments& arguments, const Table& table);
 
+// The lines of a table for people: its columns' names and its rows, aligned.
+std::vector<std::string> linesOf(const Table& table);
+
 // Prints a single value: on its own, or with --json as an object with one member.
 void show(Console& console, const Arguments& arguments, const std::string& name, const Cell& value);
 

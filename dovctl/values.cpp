@@ -41,6 +41,13 @@ std::optional<Value> readInt32(const std::string& text, std::string& why) {
     return static_cast<int32_t>(*number);
 }
 
+std::optional<Value> readMilliseconds(const std::string& text, std::string& why) {
+    const std::optional<int64_t> number =
+            readNumber(text, {1, std::numeric_limits<int32_t>::max()}, why);
+    if (!number) return std::nullopt;
+    return static_cast<int32_t>(*number);
+}
+
 std::optional<Value> readEvent(const std::string& text, std::string& why) {
     constexpr std::string_view kPrefix = "VANTEL_";
     const std::string name = text.starts_with(kPrefix) ? text.substr(kPrefix.size()) : text;

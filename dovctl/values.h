@@ -34,6 +34,8 @@ using Reader = std::optional<Value> (*)(const std::string& text, std::string& wh
 std::optional<Value> readText(const std::string& text, std::string& why);
 // Decimal, or hexadecimal behind 0x.
 std::optional<Value> readInt32(const std::string& text, std::string& why);
+// A number from 1 on.
+std::optional<Value> readMilliseconds(const std::string& text, std::string& why);
 // A number, or an action's name with or without the prefix "VANTEL_".
 std::optional<Value> readEvent(const std::string& text, std::string& why);
 // OPCODE, OPCODE= or OPCODE=VALUE: a resource whose value is absent, empty or VALUE.

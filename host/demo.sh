@@ -3,10 +3,11 @@
 # demo.sh BUILD_FOLDER
 set -euo pipefail
 simulator=$1/simulator/mirx-simulator
+sources=$(dirname "$0")/../simulator
 dovctl=$1/dovctl/dovctl
 DOV_SERVICE_DIR=$(mktemp -d)
 export DOV_SERVICE_DIR
-cp "$(dirname "$0")/../simulator/vendor.tavro.hardware.mirx-service.xml" "$DOV_SERVICE_DIR/"
+cp "$sources/vendor.tavro.hardware.mirx-service.xml" "$DOV_SERVICE_DIR/"
 log=$DOV_SERVICE_DIR/simulator.log
 server=''
 shown=0
@@ -46,9 +47,9 @@ run() {
 }
 
 start_service() {
-    printf '$ mirx-simulator &\n'
+    printf '$ mirx-simulator --profile profile.xml &\n'
     # In a shell of its own, so that bash does not report the kill.
-    server=$("$simulator" >> "$log" 2>&1 & echo $!)
+    server=$("$simulator" --profile "$sources/profile.xml" >> "$log" 2>&1 & echo $!)
     service_says serving
 }
 
@@ -63,7 +64,10 @@ service_says request
 
 say 'The same by name.'
 run 0 acquire ACTION_LAUNCH --package com.example.app --identity demo --duration 2000
-service_says request
+service_says profile
+
+say 'What that raises, as the profile of the device has it.'
+run 0 top
 
 say 'A scene: the library turns its description into a rule with resources.'
 run 0 scene 130 1 --data 70,80,90

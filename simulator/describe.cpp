@@ -17,7 +17,7 @@ using android::base::StringPrintf;
 
 namespace {
 
-constexpr std::array<std::pair<RequestKind, const char*>, 13> kRequestKinds = {{
+constexpr std::array<std::pair<RequestKind, const char*>, 14> kRequestKinds = {{
         {kStateQuery, "state query"},
         {kResourceControl, "resource control"},
         {kSceneControl, "scene control"},
@@ -31,6 +31,7 @@ constexpr std::array<std::pair<RequestKind, const char*>, 13> kRequestKinds = {{
         {kPowerConsumptionQuery, "power-consumption query"},
         {kDatasetFetch, "dataset fetch"},
         {kFeatureQuery, "feature query"},
+        {kHoldsQuery, "holds query"},
 }};
 
 void appendText(std::string& line, const char* name, const std::optional<std::string>& text) {

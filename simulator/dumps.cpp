@@ -16,19 +16,12 @@ using android::base::StringPrintf;
 
 namespace {
 
-std::string subjectText(const Hold& hold) {
-    if (hold.holder.source == Holder::kRule) return "rule";
-    std::string text = requestKindName(hold.requestType);
-    if (hold.subject) text += " " + std::to_string(*hold.subject);
-    return text;
-}
-
 std::vector<std::string> runningLines(const std::vector<Hold>& holds) {
     std::vector<std::string> lines;
     for (const Hold& hold : holds) {
-        lines.push_back(StringPrintf(
-                "%-18s %-22s %8lld ms  %s", textOf(hold.holder).c_str(), subjectText(hold).c_str(),
-                static_cast<long long>(hold.duration), quoted(hold.identity).c_str()));
+        lines.push_back(StringPrintf("%-18s %-22s %8lld ms  %s", textOf(hold.holder).c_str(),
+                                     subjectOf(hold).c_str(), static_cast<long long>(hold.duration),
+                                     quoted(hold.identity).c_str()));
     }
     return lines;
 }

@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include "simulator/describe.h"
+
 namespace simulator {
 namespace {
 
@@ -22,6 +24,22 @@ Clock::time_point deadlineOf(const Hold& hold) {
 
 std::string textOf(const Holder& holder) {
     return (holder.source == Holder::kRule ? "rule " : "handle ") + std::to_string(holder.number);
+}
+
+std::string subjectOf(const Hold& hold) {
+    std::string text =
+            hold.holder.source == Holder::kRule ? "status" : requestKindName(hold.requestType);
+    if (hold.subject) text += " " + std::to_string(*hold.subject);
+    return hold.name.empty() ? text : text + " " + hold.name;
+}
+
+const char* textOf(End end) {
+    switch (end) {
+        case End::kReleased: return "released";
+        case End::kTimedOut: return "time ran out";
+        case End::kReplaced: return "replaced";
+    }
+    return "";
 }
 
 Holds::Holds(Callbacks callbacks)
@@ -81,8 +99,10 @@ bool Holds::replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, 
         ended = std::move(entry->hold);
         mEntries.erase(entry);
     }
-    if (hold) {
+    const bool begins = hold.has_value();
+    if (begins) {
         const auto deadline = deadlineOf(*hold);
+        hold->since = Clock::now();
         mEntries.push_back({std::move(*hold), deadline});
     }
 
@@ -94,6 +114,10 @@ bool Holds::replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, 
         data.id = key.opcode;
         data.value = now;
         if (!key.path.empty()) data.path = key.path;
+    }
+    if (mCallbacks.onStep && (ended || begins)) {
+        mCallbacks.onStep(ended ? &*ended : nullptr, end, begins ? &mEntries.back().hold : nullptr,
+                          changed);
     }
     lock.unlock();
     mChanged.notify_all();

@@ -38,9 +38,17 @@ struct Hold {
     std::string identity;
     int32_t pid = 0;
     int64_t duration = 0;  // milliseconds; 0 or less holds until it is ended
+    std::string name;  // what the profile calls its event, scene or rule
+    std::chrono::steady_clock::time_point since = {};  // set by Holds
 };
 
+// What it is held for: "event acquire 0 ACTION_LAUNCH", or "status 1" of a rule.
+std::string subjectOf(const Hold& hold);
+
 enum class End { kReleased, kTimedOut, kReplaced };
+
+// Why a hold ended, as people say it.
+const char* textOf(End end);
 
 // The table of holds. Any thread may use it. Ends holds whose time has run out on a thread of its
 // own.
@@ -52,10 +60,16 @@ class Holds {
         // Resources have another effective value than before; one element each, with the value that
         // shows now.
         std::function<void(std::vector<MirxRequestData> changed)> onChange;
+        // The table has changed: which hold has ended and which has begun (null for none), and the
+        // resources that have another effective value. Comes with the table locked, so in the order
+        // in which things happen, and must not use the table. Optional.
+        std::function<void(const Hold* ended, End end, const Hold* begun,
+                           const std::vector<MirxRequestData>& changed)>
+                onStep;
     };
 
-    // The callbacks are made with no lock held, on the thread that made the change or on the
-    // timer's.
+    // The other callbacks are made with no lock held. All come on the thread that made the change
+    // or on the timer's.
     explicit Holds(Callbacks callbacks);
     ~Holds();
 

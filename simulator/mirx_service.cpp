@@ -2,40 +2,43 @@
 #include "simulator/mirx_service.h"
 
 #include <set>
+#include <utility>
 
 #include <android-base/stringprintf.h>
 
+#include "aidl/request_kinds.h"
 #include "simulator/describe.h"
 
 namespace simulator {
 
+using namespace mirx;
+
 using android::base::StringPrintf;
 using ndk::ScopedAStatus;
 
-namespace {
-
-const char* endText(End end) {
-    switch (end) {
-        case End::kReleased: return "released";
-        case End::kTimedOut: return "time ran out";
-        case End::kReplaced: return "replaced";
-    }
-    return "";
-}
-
-}  // namespace
-
-MirxService::MirxService(Journal& journal)
+MirxService::MirxService(Journal& journal, Profile profile, Timeline* timeline)
     : mJournal(journal),
+      mProfile(std::move(profile)),
+      mTimeline(timeline),
       mListeners(journal),
       mHolds({.onEnd =
                       [this](const Hold& hold, End end) {
-                          mJournal.line("ended    " + textOf(hold.holder) + ": " + endText(end));
+                          mJournal.line("ended    " + textOf(hold.holder) + ": " + textOf(end));
                       },
               .onChange =
                       [this](const std::vector<MirxRequestData>& changed) {
                           mListeners.notify(Listeners::Topic::kResources, changed);
+                      },
+              .onStep =
+                      [timeline](const Hold* ended, End end, const Hold* begun,
+                                 const auto& changed) {
+                          if (timeline != nullptr) timeline->step(ended, end, begun, changed);
                       }}) {}
+
+void MirxService::notePolicy(const Profile::Policy* policy) {
+    if (policy == nullptr) return;
+    mJournal.line("         the profile sets " + simulator::describe(policy->resources));
+}
 
 void MirxService::received(const std::string& line) {
     mJournal.line(line);
@@ -50,12 +53,14 @@ ScopedAStatus MirxService::init() {
 ScopedAStatus MirxService::request(const MirxRequestParcel& parcel, int32_t* result) {
     *result = apply(parcel);
     received("request  " + simulator::describe(parcel) + StringPrintf(" -> %d", *result));
+    notePolicy(policyOf(parcel));
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus MirxService::oneWayRequest(const MirxRequestParcel& parcel) {
     apply(parcel);
     received("one-way  " + simulator::describe(parcel));
+    notePolicy(policyOf(parcel));
     return ScopedAStatus::ok();
 }
 
@@ -69,6 +74,8 @@ ScopedAStatus MirxService::release(int32_t handle, int32_t* result) {
 ScopedAStatus MirxService::stateRequest(const MirxRequestParcel& parcel,
                                         std::vector<MirxRequestData>* result) {
     *result = answer(parcel);
+    // A tool asks again and again what is held; that is no news.
+    if (parcel.requestType == kHoldsQuery) return ScopedAStatus::ok();
     mJournal.line("state    " + simulator::describe(parcel) + " -> " +
                   simulator::describe(*result));
     return ScopedAStatus::ok();
@@ -141,11 +148,20 @@ ScopedAStatus MirxService::ruleCtl(int32_t ruleId, int32_t status,
     received(StringPrintf("rule     %d status=%d data=", ruleId, status) +
              simulator::describe(resources));
     const Holder holder = {Holder::kRule, ruleId};
+    const Profile::Policy* policy =
+            status != 0 ? mProfile.find(Profile::Kind::kRule, ruleId, status) : nullptr;
+    if (mTimeline != nullptr) {
+        mTimeline->mark("rules", StringPrintf("rule %d status %d", ruleId, status),
+                        {{"data", simulator::describe(resources)}});
+    }
     if (status != 0) {
-        mHolds.put({.holder = holder, .subject = status, .resources = resources});
+        Hold hold{.holder = holder, .subject = status, .resources = resources};
+        applyPolicy(policy, hold);
+        mHolds.put(std::move(hold));
     } else {
         mHolds.end(holder);
     }
+    notePolicy(policy);
     *result = 0;
     return ScopedAStatus::ok();
 }

@@ -12,7 +12,9 @@
 #include "simulator/holds.h"
 #include "simulator/journal.h"
 #include "simulator/listeners.h"
+#include "simulator/profile.h"
 #include "simulator/properties.h"
+#include "simulator/timeline.h"
 
 namespace simulator {
 
@@ -24,10 +26,12 @@ using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 //
 // The newest hold of a resource determines its value; when it ends, the one before it shows again.
 // A request with a callback is completed at once. Properties named feature.N and power_mode.N
-// answer the queries for feature and power-mode status N.
+// answer the queries for feature and power-mode status N. An event, a scene or a rule sets what the
+// profile says, and then what the caller sends along.
 class MirxService : public BnMirx {
   public:
-    explicit MirxService(Journal& journal);
+    // The journal and the timeline, if there is one, must outlive the object.
+    explicit MirxService(Journal& journal, Profile profile = {}, Timeline* timeline = nullptr);
 
     ndk::ScopedAStatus init() override;
     ndk::ScopedAStatus request(const MirxRequestParcel& parcel, int32_t* result) override;
@@ -54,6 +58,12 @@ class MirxService : public BnMirx {
 
   private:
     void received(const std::string& line);
+    // What the profile has for a request; null for nothing.
+    const Profile::Policy* policyOf(const MirxRequestParcel& parcel) const;
+    // Adds what a policy sets in front of the hold's own resources: of two settings the later
+    // counts.
+    static void applyPolicy(const Profile::Policy* policy, Hold& hold);
+    void notePolicy(const Profile::Policy* policy);
 
     // The kinds of request and query (requests.cpp, queries.cpp, dumps.cpp).
     int32_t apply(const MirxRequestParcel& parcel);
@@ -64,6 +74,8 @@ class MirxService : public BnMirx {
     void writeTable(const std::string& title, const std::vector<std::string>& lines);
 
     Journal& mJournal;
+    const Profile mProfile;
+    Timeline* const mTimeline;
     History mHistory;
     Properties mProperties;
     std::mutex mThermalMutex;

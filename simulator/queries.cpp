@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "aidl/request_kinds.h"
+#include "simulator/holds_json.h"
 #include "simulator/mirx_service.h"
 
 namespace simulator {
@@ -58,6 +59,7 @@ std::vector<MirxRequestData> MirxService::answer(const MirxRequestParcel& query)
             data.push_back(element(firstId(query), mProperties.get("feature." + feature, "0")));
             break;
         }
+        case kHoldsQuery: data.push_back(element(0, holdsJson(mHolds))); break;
         default: break;
     }
     return data;

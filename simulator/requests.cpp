@@ -1,4 +1,6 @@
 // What the simulated service does with each kind of request.
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "aidl/request_kinds.h"
@@ -10,6 +12,28 @@ using namespace mirx;
 
 // The answer to a request that acquires nothing and was accepted.
 constexpr int32_t kAccepted = 1;
+
+// The first element of an event or a scene request names the event or the scene.
+static std::optional<int32_t> subjectIn(const MirxRequestParcel& parcel) {
+    const bool named = parcel.requestType == kEventAcquire || parcel.requestType == kSceneControl;
+    if (!named || parcel.requestData.empty()) return std::nullopt;
+    return parcel.requestData.front().id;
+}
+
+const Profile::Policy* MirxService::policyOf(const MirxRequestParcel& parcel) const {
+    const auto subject = subjectIn(parcel);
+    if (!subject) return nullptr;
+    return mProfile.find(
+            parcel.requestType == kEventAcquire ? Profile::Kind::kEvent : Profile::Kind::kScene,
+            *subject);
+}
+
+void MirxService::applyPolicy(const Profile::Policy* policy, Hold& hold) {
+    if (policy == nullptr) return;
+    hold.name = policy->name;
+    hold.resources.insert(hold.resources.begin(), policy->resources.begin(),
+                          policy->resources.end());
+}
 
 int32_t MirxService::apply(const MirxRequestParcel& parcel) {
     switch (parcel.requestType) {
@@ -31,11 +55,14 @@ int32_t MirxService::acquire(const MirxRequestParcel& parcel) {
               .identity = parcel.identity.value_or(""),
               .pid = parcel.pid,
               .duration = parcel.duration};
-    // The first element of an event or a scene request names the event or the scene.
-    if (parcel.requestType == kEventAcquire || parcel.requestType == kSceneControl) {
-        if (!hold.resources.empty()) {
-            hold.subject = hold.resources.front().id;
-            hold.resources.erase(hold.resources.begin());
+    if (const auto subject = subjectIn(parcel)) {
+        hold.subject = *subject;
+        hold.resources.erase(hold.resources.begin());
+        applyPolicy(policyOf(parcel), hold);
+        if (mTimeline != nullptr) {
+            mTimeline->mark(parcel.requestType == kEventAcquire ? "events" : "scenes",
+                            subjectOf(hold),
+                            {{"package", hold.package}, {"identity", hold.identity}});
         }
     }
     int32_t handle = parcel.handle;

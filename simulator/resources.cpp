@@ -54,11 +54,22 @@ std::span<const KnownResource> knownResources() {
     return kKnown;
 }
 
-std::optional<std::string> idleValueOf(const ResourceKey& key) {
+const KnownResource* findResource(const ResourceKey& key) {
     for (const KnownResource& known : kKnown) {
-        if (key.path.empty() && known.opcode == key.opcode) return known.idleValue;
+        if (key.path.empty() && known.opcode == key.opcode) return &known;
     }
-    return std::nullopt;
+    return nullptr;
+}
+
+std::string labelOf(const ResourceKey& key) {
+    const KnownResource* known = findResource(key);
+    return known == nullptr ? textOf(key) : textOf(key) + " " + known->name;
+}
+
+std::optional<std::string> idleValueOf(const ResourceKey& key) {
+    const KnownResource* known = findResource(key);
+    if (known == nullptr) return std::nullopt;
+    return known->idleValue;
 }
 
 }  // namespace simulator

@@ -36,6 +36,11 @@ struct KnownResource {
 
 std::span<const KnownResource> knownResources();
 
+// What the device knows of a resource; null for one that it does not know.
+const KnownResource* findResource(const ResourceKey& key);
+// The key, and the resource's name if it has one.
+std::string labelOf(const ResourceKey& key);
+
 // The value of a resource that nobody holds; none for one that the device does not know.
 std::optional<std::string> idleValueOf(const ResourceKey& key);
 

@@ -38,6 +38,7 @@ constinit const Command kActions{
         .positionals = kPositionals,
         .options = kOptions,
         .run = runActions,
+        .offline = true,
 };
 
 }  // namespace dovctl

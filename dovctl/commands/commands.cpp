@@ -10,7 +10,8 @@ static constexpr const Command* kCommands[] = {
         &kPower,    &kPmStatus,  &kDataset,    &kFeature,
         &kRes,      &kPath,      &kSa,         &kResRelease,
         &kResState, &kPathState, &kListen,     &kThermal,
-        &kDump,     &kRecord,    &kProp,       &kHelp,
+        &kDump,     &kRecord,    &kProp,       &kTop,
+        &kDoctor,   &kHelp,
 };
 
 std::span<const Command* const> commands() {

@@ -35,6 +35,8 @@ extern const Command kThermal;
 extern const Command kDump;
 extern const Command kRecord;
 extern const Command kProp;
+extern const Command kTop;
+extern const Command kDoctor;
 extern const Command kHelp;
 
 // In the order of the help text.

@@ -41,6 +41,7 @@ constinit const Command kHelp{
         .summary = "Print this text, or that of a command",
         .positionals = kPositionals,
         .run = runHelp,
+        .offline = true,
 };
 
 }  // namespace dovctl

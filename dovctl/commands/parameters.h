@@ -27,6 +27,15 @@ constexpr Parameter numberOption(const char* name, const char* fallback, const c
             .help = help};
 }
 
+// A time to wait, which is never none.
+constexpr Parameter timeOption(const char* name, const char* fallback, const char* help) {
+    return {.name = name,
+            .placeholder = "MILLISECONDS",
+            .read = readMilliseconds,
+            .fallback = fallback,
+            .help = help};
+}
+
 inline constexpr Parameter kDuration =
         numberOption("duration", "0", "how long, in the service's unit; 0 or less: until released");
 inline constexpr Parameter kHold{.name = "hold", .help = "keep running, and release on Ctrl-C"};

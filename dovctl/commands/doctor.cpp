@@ -1,0 +1,76 @@
+// dovctl doctor: why does nothing happen?
+#include "dovctl/doctor.h"
+
+#include <algorithm>
+
+#include "dovctl/commands/commands.h"
+#include "dovctl/commands/parameters.h"
+#include "dovctl/output.h"
+
+namespace dovctl {
+namespace {
+
+const char* textOf(Finding::State state) {
+    switch (state) {
+        case Finding::kOk: return "ok";
+        case Finding::kFailed: return "failed";
+        case Finding::kNotTried: return "not tried";
+    }
+    return "";
+}
+
+std::string padded(std::string text, size_t width) {
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+void print(Console& console, const Step& step, const Finding& finding) {
+    const std::string line = padded(textOf(finding.state), 11) +
+                             (finding.what.empty() ? step.name : padded(step.name, 17)) +
+                             finding.what;
+    const std::string advice = "           what to do: " + finding.advice;
+    console.print(finding.advice.empty() ? line : line + "\n" + advice);
+}
+
+ExitCode runDoctor(Session& session, const Arguments& arguments) {
+    Patient patient{.transport = session.transport,
+                    .patience = std::chrono::milliseconds(arguments.get<int32_t>("timeout"))};
+    const bool json = arguments.has(kJson.name);
+    Table table{.columns = {"step", "state", "finding", "advice"}, .rows = {}};
+    ExitCode code = kDone;
+    for (const Step& step : doctorSteps()) {
+        const Finding finding =
+                code == kDone ? step.examine(patient) : Finding{Finding::kNotTried, "", ""};
+        if (finding.state == Finding::kFailed) code = step.failure;
+        table.rows.push_back({step.name, textOf(finding.state), finding.what, finding.advice});
+        // Each as it comes: a time-out takes its time.
+        if (!json) print(session.console, step, finding);
+    }
+    if (json) {
+        show(session.console, arguments, table);
+    } else if (code == kDone) {
+        session.console.print("all is well");
+    }
+    return code;
+}
+
+constexpr Parameter kOptions[] = {
+        timeOption("timeout", "2000", "how long to wait for each answer"),
+        kJson,
+};
+
+}  // namespace
+
+constinit const Command kDoctor{
+        .name = "doctor",
+        .summary = "Find out why nothing happens, step by step",
+        .details =
+                "Ends with 0 when all is well, with 3 when the service cannot be reached, and with "
+                "1\nwhen it is there but not as it should be. Holds nothing but an empty request, "
+                "for a\nmoment.\n",
+        .options = kOptions,
+        .run = runDoctor,
+        .offline = true,
+};
+
+}  // namespace dovctl

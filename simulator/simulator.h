@@ -1,0 +1,39 @@
+// The simulator as an object, so that it can run within a test.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "simulator/journal.h"
+#include "simulator/mirx_service.h"
+#include "simulator/timeline.h"
+
+namespace simulator {
+
+class Simulator {
+  public:
+    // The journal goes to `out`, errors to `err`; both must outlive the object.
+    Simulator(std::ostream& out, std::ostream& err) : mErr(err), mOut(out), mJournal(out) {}
+
+    // Reads a command line without the program's name and registers the service. Returns the exit
+    // code when there is nothing to serve: help was asked for, or something is wrong, which it
+    // says. After it has registered, the object must outlive every call of the service.
+    std::optional<int> start(const std::vector<std::string>& args);
+
+    // Completes the timeline.
+    void stop();
+
+  private:
+    std::optional<int> fail(int code, const std::string& why);
+
+    std::ostream& mErr;
+    std::ostream& mOut;
+    Journal mJournal;
+    std::unique_ptr<Timeline> mTimeline;
+    std::shared_ptr<MirxService> mService;
+};
+
+}  // namespace simulator
