@@ -77,8 +77,11 @@ class DoctorTest : public BinderTest {
         std::istringstream(out.str()) >> report.steps;
         return report;
     }
-    Report examine() { return examine({.sockets = true, .place = folder(), .problem = {}}); }
-    static void endService() { services().removeService(android::String16(kServiceName)); }
+    Report examine() {
+        if (overDriver()) return examine(dovcommon::transport());
+        return examine({.sockets = true, .place = folder(), .problem = {}});
+    }
+    static void endService() { stopServing(); }
 };
 
 TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
@@ -119,7 +122,7 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
             {[this] { service->answer = 1; },
              "callbacks: the service held, but did not call back within 1000 ms", 1},
             {[&] { service->whenCalled([goOn](const std::string&) { goOn->wait(); }); },
-             "init: no answer within 1000 ms from process " + std::to_string(getpid()), 1},
+             "init: no answer within 1000 ms from process ", 1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.failure);
@@ -152,6 +155,7 @@ TEST_F(DoctorTest, aDriverThatIsMissingIsTheFirstThingToFail) {
 
 // The program itself, which finds its way by what is linked into it.
 TEST_F(DoctorTest, aFolderThatCannotBeUsedIsTheFirstThingToFail) {
+    if (overDriver()) GTEST_SKIP() << "about the folder of sockets";
     setenv("DOV_SERVICE_DIR", "/proc/none/such", 1);
     ChildProcess doctor(DOVCTL, {"doctor"});
     ChildProcess acquire(DOVCTL, {"acquire", "0"});

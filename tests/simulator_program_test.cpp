@@ -26,7 +26,7 @@ class SimulatorProgramTest : public BinderTest {
     SimulatorProgramTest() { endServices(); }
     ~SimulatorProgramTest() override { endServices(); }
 
-    static void endServices() { services().removeService(android::String16(kServiceName)); }
+    static void endServices() { stopServing(); }
 
     static std::shared_ptr<IMirx> mirx() {
         return IMirx::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kServiceName)));

@@ -22,7 +22,7 @@ using testing::HasSubstr;
 
 class TopTest : public BinderTest {
   protected:
-    ~TopTest() override { services().removeService(android::String16(kServiceName)); }
+    ~TopTest() override { stopServing(); }
 
     std::string run(const std::vector<std::string>& args, int code = 0) {
         std::ostringstream out, err;
@@ -59,7 +59,7 @@ TEST_F(TopTest, ofAServiceThatDoesNotTellOnlyTheValuesAreShown) {
     service->state = {element(5, "50")};
     EXPECT_THAT(run({"top"}),
                 AllOf(HasSubstr("does not tell what is held"), ContainsRegex("0x00000005 .* 50")));
-    services().removeService(android::String16(kServiceName));
+    stopServing();
     EXPECT_THAT(run({"top"}, 3), HasSubstr("is declared but not running"));
     EXPECT_THAT(run({"top", "--interval", "0"}, 2), HasSubstr("--interval"));
 }

@@ -11,7 +11,7 @@ cache=$3
 filter=${4:-*}
 kernel=$cache/guest-$architecture
 sysroot=$cache/sysroot-armhf
-fragment=$(readlink -f "$here/../../simulator/vendor.tavro.hardware.mirx-service.xml")
+simulator=$(readlink -f "$here/../../simulator")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -26,12 +26,12 @@ stripped() {
     done
 }
 
-mkdir -p "$root"/{bin,dev,etc,lib,proc,sys,tmp} "$root"/vendor/etc/vintf/manifest "$root$(dirname "$fragment")"
+mkdir -p "$root"/{bin,dev,etc,lib,proc,sys,tmp} "$root"/vendor/etc/vintf/manifest "$root$simulator"
 cp "$here/init" "$root/init"
 cp "$kernel/busybox" "$root/bin/"
 cp "$kernel/binder_linux.ko" "$root/lib/"
-cp "$fragment" "$root$fragment"
-cp "$fragment" "$root/vendor/etc/vintf/manifest/mirx.xml"
+cp "$simulator"/*.xml "$root$simulator/"
+cp "$simulator/vendor.tavro.hardware.mirx-service.xml" "$root/vendor/etc/vintf/manifest/mirx.xml"
 programs=("$build"/{tests/binder_tests,tests/test-relay,simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
 stripped "${programs[@]}" "$build"/*.so "$build"/aidl/*.so "$DOV_STACK"/lib/*.so
 case $architecture in
