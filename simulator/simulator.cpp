@@ -36,9 +36,9 @@ std::optional<int> Simulator::start(const std::vector<std::string>& args) {
             AServiceManager_addService(mService->asBinder().get(), instance.c_str());
     if (status != STATUS_OK) {
         return fail(kCannotServe, "cannot register " + instance +
-                                          (status == STATUS_PERMISSION_DENIED
-                                                   ? ": not declared in a VINTF manifest"
-                                                   : ""));
+                                          (AServiceManager_isDeclared(instance.c_str())
+                                                   ? ""
+                                                   : ": not declared in a VINTF manifest"));
     }
     mJournal.line("serving  " + instance);
     return std::nullopt;
