@@ -26,11 +26,12 @@ struct Build {
     std::string hash;
 };
 
-ndk::SpAIBinder serviceOf(const Build& build, const char* descriptor = IMirx::descriptor) {
+// Classes stay for the life of the process, so each is made once.
+AIBinder_Class* defineClass(const char* descriptor) {
     // The codes at which every stable interface has its version and its hash.
-    constexpr transaction_code_t kVersion = FIRST_CALL_TRANSACTION + 16777214;
-    constexpr transaction_code_t kHash = FIRST_CALL_TRANSACTION + 16777213;
-    AIBinder_Class* type = AIBinder_Class_define(
+    static constexpr transaction_code_t kVersion = FIRST_CALL_TRANSACTION + 16777214;
+    static constexpr transaction_code_t kHash = FIRST_CALL_TRANSACTION + 16777213;
+    return AIBinder_Class_define(
             descriptor, [](void* data) { return data; },
             [](void* data) { delete static_cast<Build*>(data); },
             [](AIBinder* binder, transaction_code_t code, const AParcel*, AParcel* out) {
@@ -41,7 +42,16 @@ ndk::SpAIBinder serviceOf(const Build& build, const char* descriptor = IMirx::de
                 const auto size = static_cast<int32_t>(build.hash.size());
                 return AParcel_writeString(out, build.hash.c_str(), size);
             });
+}
+
+ndk::SpAIBinder serviceOf(const Build& build) {
+    static AIBinder_Class* const type = defineClass(IMirx::descriptor);
     return ndk::SpAIBinder(AIBinder_new(type, new Build(build)));
+}
+
+ndk::SpAIBinder serviceOfAnotherInterface() {
+    static AIBinder_Class* const type = defineClass("another");
+    return ndk::SpAIBinder(AIBinder_new(type, new Build{1, ""}));
 }
 
 }  // namespace
@@ -97,9 +107,7 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
              "declared: no VINTF manifest declares " + std::string(kServiceName), 3},
             {[] { declare(), endService(); },
              "running: it is declared, but no process has registered it", 3},
-            {[] {
-                 serve(serviceOf({1, ""}, "another"));
-             },
+            {[] { serve(serviceOfAnotherInterface()); },
              "running: what is registered is another interface", 3},
             {[] {
                  serve(serviceOf({IMirx::version, "notfrozen"}));

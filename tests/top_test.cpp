@@ -46,7 +46,8 @@ TEST_F(TopTest, withoutATerminalItPrintsHoldsAndValuesOnce) {
     EXPECT_THAT(text, HasSubstr("0x01010010  cpu0 frequency floor  900000  300000  handle 1\n"));
     EXPECT_THAT(text, testing::Not(HasSubstr("\033"))) << "callers must not command the terminal";
     EXPECT_THAT(text, testing::Not(HasSubstr("gpu")));
-    EXPECT_THAT(run({"top", "--all"}), ContainsRegex("0x01020050  gpu frequency floor +200 +200 +-\n"));
+    EXPECT_THAT(run({"top", "--all"}),
+                ContainsRegex("0x01020050  gpu frequency floor +200 +200 +-\n"));
     Json::Value json;
     std::istringstream(run({"top", "--json"})) >> json;
     EXPECT_EQ(json["holds"][0]["identity"], "me\033[2J");
