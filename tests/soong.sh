@@ -11,9 +11,9 @@ complain() { printf '%s\n' "$*" >&2; failed=1; }
 
 # What only Linux builds: the service manager over sockets, what is tested over it, what measures, fuzzes and describes.
 linux_folders='^(host|bench|fuzz)/'
-linux_targets='/(binder_tests|test_support|public_types)\.dir/'
+linux_targets='/(binder_tests|test_support|test-relay|public_types)\.dir/'
 # Modules of the platform that ours may name.
-platform=(libbase libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libutils vendor.tavro.hardware.mirx-V1-ndk)
+platform=(libbase libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libtinyxml2 libutils vendor.tavro.hardware.mirx-V1-ndk)
 
 bpfmt -l "${files[@]}" > "$work/unformatted" 2> "$work/errors" || true
 [ ! -s "$work/errors" ] || complain "bpfmt cannot read them: $(cat "$work/errors")"
