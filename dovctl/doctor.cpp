@@ -84,16 +84,22 @@ Finding examineDeclaration(Patient& patient) {
 }
 
 Finding examineRunning(Patient& patient) {
-    // Over sockets the look-up already needs the service's process.
-    auto binder = within(patient.patience, [] {
-        return ndk::SpAIBinder(AServiceManager_checkService(kServiceName));
+    struct Registered {
+        bool is;
+        std::shared_ptr<IMirx> mirx;
+    };
+    // The service's process is asked already here: over sockets by the look-up, over the driver by
+    // the question of what interface it has.
+    auto registered = within(patient.patience, [] {
+        const ndk::SpAIBinder binder(AServiceManager_checkService(kServiceName));
+        return Registered{binder.get() != nullptr, IMirx::fromBinder(binder)};
     });
-    if (!binder) return hung(patient);
-    if (binder->get() == nullptr) {
+    if (!registered) return hung(patient);
+    if (!registered->is) {
         return failed("it is declared, but no process has registered it",
                       "start the service, or see its log for why it ended");
     }
-    patient.mirx = IMirx::fromBinder(*binder);
+    patient.mirx = std::move(registered->mirx);
     if (patient.mirx == nullptr) {
         return failed("what is registered is another interface",
                       "find out who registers this name");

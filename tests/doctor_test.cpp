@@ -107,20 +107,20 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
              "declared: no VINTF manifest declares " + std::string(kServiceName), 3},
             {[] { declare(), endService(); },
              "running: it is declared, but no process has registered it", 3},
-            {[] { serve(serviceOfAnotherInterface()); },
+            {[] { serveAsItIs(serviceOfAnotherInterface()); },
              "running: what is registered is another interface", 3},
             {[] {
-                 serve(serviceOf({IMirx::version, "notfrozen"}));
+                 serveAsItIs(serviceOf({IMirx::version, "notfrozen"}));
              },
              "interface: version " + version + ", hash notfrozen; this client has version " +
                      version + ", hash " + IMirx::hash,
              1},
             {[] {
-                 serve(serviceOf({IMirx::version - 1, IMirx::hash}));
+                 serveAsItIs(serviceOf({IMirx::version - 1, IMirx::hash}));
              },
              "interface: version 0", 1},
             {[] {
-                 serve(serviceOf({IMirx::version + 1, "later"}));
+                 serveAsItIs(serviceOf({IMirx::version + 1, "later"}));
              },
              "init: init failed: ", 1},  // a later version is fine; this one has no operations
             {[this] { serve(), service->failing = true; },

@@ -170,7 +170,10 @@ TEST_F(RestartTest, nothingHangsAndNothingGrows) {
     if (!kMemoryTells) return;
     // What threads keep for their next allocation counts as in use.
     EXPECT_LT(after.heap, before.heap + (overDriver() ? 64 : 16) * 1024);
-    EXPECT_LT(after.resident, before.resident + 2 * 1024 * 1024);
+    // An emulator's memory is not the program's: it keeps some for each thread that there ever was.
+    if (getenv("DOV_EMULATOR") == nullptr) {
+        EXPECT_LT(after.resident, before.resident + 2 * 1024 * 1024);
+    }
 }
 
 TEST_F(RestartTest, aCallAndItsAnswer) {

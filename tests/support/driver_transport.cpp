@@ -12,14 +12,10 @@
 #include <android/binder_process.h>
 #include <gtest/gtest.h>
 
-#include <aidl/vendor/tavro/hardware/mirx/IMirx.h>
-
 #include "tests/support/child_process.h"
 #include "tests/support/transport.h"
 
 namespace {
-
-using aidl::vendor::tavro::hardware::mirx::IMirx;
 
 // Where the relay finds the object of the test, and what declares it.
 constexpr char kBehindRelay[] = "vendor.tavro.hardware.mirx.IMirx/behind_relay";
@@ -41,14 +37,15 @@ class DriverTransport : public Transport {
 
     void serve(const ndk::SpAIBinder& object) override {
         stopServing();
-        if (IMirx::fromBinder(object) == nullptr) {  // nothing that could be relayed, or killed
-            add(object, kServiceName);
-            return;
-        }
         add(object, kBehindRelay);
         mRelay = std::make_unique<ChildProcess>(
                 TEST_RELAY, std::vector<std::string>{kBehindRelay, kServiceName});
         mRelay->readUntil("serving");
+    }
+
+    void serveAsItIs(const ndk::SpAIBinder& object) override {
+        stopServing();
+        add(object, kServiceName);
     }
 
     void stopServing() override {

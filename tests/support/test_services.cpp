@@ -65,7 +65,9 @@ BinderTest::~BinderTest() {
     services().localObject = nullptr;
     service->whenCalled(nullptr);
     service->failing = true;
-    if (ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() == nullptr) {
+    // The service manager may not have heard yet that what it knows is dead.
+    const ndk::SpAIBinder known(AServiceManager_checkService(kServiceName));
+    if (known.get() == nullptr || AIBinder_ping(known.get()) != STATUS_OK) {
         declare();
         serve();
     }

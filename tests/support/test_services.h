@@ -28,6 +28,10 @@ class BinderTest : public testing::Test {
     // Registers `service`, or `object` in its place, under the service's name.
     void serve();
     static void serve(const ndk::SpAIBinder& object);
+    // Registers `object`, which is not what the service should be.
+    static void serveAsItIs(const ndk::SpAIBinder& object) {
+        Transport::chosen().serveAsItIs(object);
+    }
     // Starts mirx-simulator and waits until it serves; it takes the place of what served before.
     static std::unique_ptr<ChildProcess> startSimulator();
     // Ends the service as its death would; notices of it may come later.

@@ -21,6 +21,9 @@ class Transport {
     // Makes an object of this process the service, in place of an earlier one. The library meets a
     // proxy of it, and real parcels.
     virtual void serve(const ndk::SpAIBinder& object) = 0;
+    // The same for an object that is not the service it should be. Over the driver it is met as an
+    // object of the own process: the relay would answer for itself what it is.
+    virtual void serveAsItIs(const ndk::SpAIBinder& object) { serve(object); }
     // Ends that service as the death of its process would. Returns when nobody finds it any more;
     // notices may come later.
     virtual void stopServing() = 0;
