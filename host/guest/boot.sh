@@ -60,9 +60,9 @@ filter='$filter'
 VARIABLES
 (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) | gzip -1 > "$work/initrd.gz"
 
-# The driver asks for the security context of callers, so SELinux must be on. A guest that hangs is ended after 20 minutes.
+# The driver asks for the security context of callers, so SELinux must be on. A guest that hangs is ended after 40 minutes.
 start=$EPOCHREALTIME
-timeout 1200 "${machine[@]}" -accel tcg -smp 2 -m 1024 -nographic -nic none -no-reboot -kernel "$kernel/vmlinuz" -initrd "$work/initrd.gz" \
+timeout 2400 "${machine[@]}" -accel tcg -smp 2 -m 1024 -nographic -nic none -no-reboot -kernel "$kernel/vmlinuz" -initrd "$work/initrd.gz" \
     -append "console=$console quiet panic=-1 security=selinux selinux=1 enforcing=0 rdinit=/init" < /dev/null |
     stdbuf -oL tr -d '\r' | sed -un '/guest: up/,$ { s/^.*guest: up/guest: up/; p }' | tee "$work/console" |
     stdbuf -oL grep -av '^guest-verdict ' || true
