@@ -7,7 +7,9 @@
 
 #include <dov/dov.h>
 
+#include "host/services/registration.h"
 #include "tests/support/client_test.h"
+#include "tests/support/cut_connection.h"
 #include "tests/support/operations.h"
 #include "tests/support/raw_service.h"
 
@@ -259,5 +261,53 @@ TEST_F(HostileTest, parcelsOfAnySizeComeThroughOrFailTheCall) {
         // Whatever became of the connection, the next call has one.
         EXPECT_TRUE(eventually([] { return dovInit() == 0; }));
         EXPECT_TRUE(eventually([] { return mirxHalclient::mirxResCtlRelease(1) == 1; }));
+    }
+}
+
+// The service ends at every step: while it is looked up, asked for its name, called, while it calls
+// back and while it answers. Every call ends, and those that follow find its successor.
+TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
+    const std::string registration = hostbinder::registrationPath(folder(), kServiceName);
+    service->whenCalled([this](const std::string& operation) {
+        if (operation != "listeningRegister") return;
+        for (const RecordedCall& call : service->take()) {
+            if (call.callback) call.callback->onCallback({element(1)});
+        }
+    });
+    // Talks through both bindings; gives what a registration came to.
+    const auto talk = [](int n) {
+        dovInit();
+        DovEventAcquire(1, "p", "i", 0, {});
+        std::list<DovClient::Resource> resources = {{n, {}}}, out;
+        const int registered =
+                mirxHalclient::mirxResListeningRegister(resources, 1, std::make_shared<Heard>());
+        mirxHalclient::mirxResStateRequest(resources, 1, out);
+        mirxHalclient::mirxResCtlRelease(1);
+        return registered;
+    };
+    const auto passing = [&](size_t bytes, int n) {
+        // Nothing is bound, or the old connections would be used.
+        service->failing = true;
+        dovInit();
+        mirxHalclient::mirx_init();
+        service->failing = false;
+        CutConnection connection(registration, bytes, [this] { serve(); });
+        const int registered = talk(n);
+        EXPECT_LE(connection.passed(), bytes);
+        return std::pair(connection.passed(), registered);
+    };
+    constexpr int kSteps = 60;
+    service->counting = true;
+    const size_t all = passing(SIZE_MAX, 1).first;
+    EXPECT_GT(all, 500u);
+    serve();
+    for (int step = 0; step < kSteps; ++step) {
+        SCOPED_TRACE(step);
+        const int n = 2 + step;
+        const int before = passing(all * static_cast<size_t>(step) / kSteps, n).second;
+        EXPECT_TRUE(eventually([] { return dovInit() == 0; }));
+        EXPECT_TRUE(eventually([] { return mirxHalclient::mirxResCtlRelease(1) != -1; }));
+        const int after = talk(n);
+        EXPECT_EQ(after == -1, before != -1) << "the registry and the caller disagree";
     }
 }
