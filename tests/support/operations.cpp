@@ -103,9 +103,9 @@ const std::vector<Operation>& operations() {
     static const std::vector<Operation> table = {
         {"mirx_init", "init", kNone, [](int) { return nothing(mirx_init); }, ""},
         {"mirxResCtlRequest", "request", kNumber,
-         [](int n) { Resources r = {{7, "7"}}; return text(mirxResCtlRequest(n, 0, r, n)); }},
+         [](int n) { Resources r = {{7, to_string(n)}}; return text(mirxResCtlRequest(n, 0, r, n)); }},
         {"mirxResCtlRequest with callback", "request", kNumber,
-         [](int n) { Resources r = {{7, "7"}}; return text(mirxResCtlRequest(n, 0, r, 0, 0, n, kDeaf)); }},
+         [](int n) { Resources r = {{7, to_string(n)}}; return text(mirxResCtlRequest(n, 0, r, 0, 0, n, kDeaf)); }},
         {"mirxResCtlRelease", "release", kNumber, [](int n) { return text(mirxResCtlRelease(n)); }},
         {"mirxSACtlRequest", "request", kNumber, [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n)); }},
         {"mirxSACtlRequest with callback", "request", kNumber,
