@@ -88,7 +88,8 @@ std::string Ledger::disagreements() const {
     std::lock_guard lock(mMutex);
     std::string all = mDisagreements;
     for (const auto& [n, call] : mAnswered) {
-        all += std::to_string(n) + ", " + call.name + ": answered, but never received\n";
+        all += std::to_string(n) + ", " + call.name + ": answered with " +
+               call.result.value_or("something") + ", but never received\n";
     }
     for (const auto& [n, result] : mReceived) {
         all += std::to_string(n) + ": received, but never called\n";

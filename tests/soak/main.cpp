@@ -112,13 +112,12 @@ class Soak {
         const auto listener = std::make_shared<Listener>(counts);
         while (!mCallsDone) {
             const std::shared_lock running(mRunning);
-            std::list<DovClient::Resource> resources = {{7, {}}};
             mWatchdog.begin(slot, "listening");
-            const int handle = mirxHalclient::mirxResListeningRegister(resources, 1, listener);
+            registerListener(7, listener);
             mWatchdog.begin(slot, nullptr);
             std::this_thread::sleep_for(50ms);
             mWatchdog.begin(slot, "the end of listening");
-            mirxHalclient::mirxResListeningUnRegister(handle);
+            endRegistration();
             mWatchdog.begin(slot, nullptr);
         }
     }

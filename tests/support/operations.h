@@ -1,8 +1,11 @@
 // Every call that the library makes to its service, as one table.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include <dov/ClientCallback.h>
 
 // What the service answers to an operation beside its status.
 enum class Reply { kNone, kNumber, kText, kData, kOneWay };
@@ -22,6 +25,10 @@ struct Operation {
 // All operations, in the order of the headers.
 const std::vector<Operation>& operations();
 
-// Ends the registration that the calling thread's last registering operation has left; does nothing
+// Registers `callback` for a resource in the way of the operations, which see to it that thermal
+// registrations meet no other. Gives the handle.
+int registerListener(int opcode, const std::shared_ptr<IClientCallback>& callback);
+
+// Ends the registration that the calling thread has made last by any of these; does nothing
 // when there is none. Until then the same `n` cannot be registered again.
 void endRegistration();
