@@ -7,16 +7,25 @@
 
 namespace dov {
 
-// In the order in which they are made; destroyed in reverse when the process ends.
-std::shared_timed_mutex g_dov_hal_mutex;
-std::shared_ptr<IMirx> g_dov_hal;
+constinit ExitGate g_dov_gate;
+
+// In the order in which they are made; destroyed in reverse when the process ends, unless a thread
+// still uses them.
+[[clang::no_destroy]] std::shared_timed_mutex g_dov_hal_mutex;
+[[clang::no_destroy]] std::shared_ptr<IMirx> g_dov_hal;
 static DeathLink g_dov_death_recipient;
+
+static const struct Teardown {
+    ~Teardown() { g_dov_gate.closeAndDestroy(g_dov_hal, g_dov_hal_mutex); }
+} gTeardown;
 
 static void logError(const char* text) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", text);
 }
 
 static void onDovDied(void* /*cookie*/) {
+    const ExitGate::Pass pass(g_dov_gate);
+    if (!pass) return;
     std::lock_guard lock(g_dov_hal_mutex);
     g_dov_hal.reset();
     logError("Mirx HAL Service died");

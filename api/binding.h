@@ -9,6 +9,7 @@
 
 #include <android/log.h>
 
+#include "common/exit_gate.h"
 #include "common/service.h"
 
 namespace dov {
@@ -16,6 +17,9 @@ namespace dov {
 using namespace dovcommon;
 
 inline constexpr char kLogTag[] = "[DOV_CLIENT]";
+
+// Everyone who uses a global of the event interface has a pass of it.
+extern ExitGate g_dov_gate;
 
 // The proxy; empty while the event interface is not bound. Guarded by g_dov_hal_mutex: shared for
 // use, exclusive for change.
@@ -48,12 +52,14 @@ struct Operation {
 };
 
 // The pattern around every service call: bind, call with the lock held shared, drop the proxy on
-// failure.
+// failure. Once the process exits, kNotBound.
 //
 // `call` takes the proxy (IMirx&) and returns the status of its one call, or nothing when it has
 // refused to make it; it runs with g_dov_hal_mutex held shared.
 template <typename Call>
 CallResult callDov(const Operation& operation, Call&& call) {
+    const ExitGate::Pass pass(g_dov_gate);
+    if (!pass) return CallResult::kNotBound;
     if (const int32_t error = dov_get_mirx_hal_and_link_to_death(); error != 0) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "dov_get_mirx_hal_and_link_to_death error:%d", error);

@@ -10,6 +10,8 @@ namespace mirxHalclient::internal {
 static DeathLink g_mirx_death_recipient;
 
 static void onMirxDied(void* /*cookie*/) {
+    const ExitGate::Pass pass(g_mirx_gate);
+    if (!pass) return;
     std::lock_guard lock(g_mirx_hal_mutex);
     g_mirx_hal.reset();
     logError("Mirx HAL Service died");

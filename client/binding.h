@@ -9,6 +9,7 @@
 
 #include <android/log.h>
 
+#include "common/exit_gate.h"
 #include "common/service.h"
 
 namespace mirxHalclient::internal {
@@ -16,6 +17,9 @@ namespace mirxHalclient::internal {
 using namespace dovcommon;
 
 inline constexpr char kLogTag[] = "MIRXFramework-lib-vendor";
+
+// Everyone who uses a global of the low-level client has a pass of it.
+extern ExitGate g_mirx_gate;
 
 // The proxy; empty while the client is not bound. Guarded by g_mirx_hal_mutex: shared for use,
 // exclusive for change.
@@ -65,11 +69,14 @@ inline void doNothing() {}
 // holds the shared lock. It stays locked, as does whatever `afterCall` locks, also while the proxy
 // is dropped.
 //
-// Returns true when the service was called and its status is OK.
+// Returns true when the service was called and its status is OK. Once the process exits, it is not
+// called any more.
 template <typename Call, typename AfterCall = void (*)()>
 bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall = doNothing,
               std::unique_lock<std::mutex>* alsoLock = nullptr) {
     logInfo(operation.entry);
+    const ExitGate::Pass pass(g_mirx_gate);
+    if (!pass) return false;
     get_mirx_hal_and_link_to_death();
     std::shared_lock lock(g_mirx_hal_mutex, std::defer_lock);
     if (alsoLock != nullptr) {

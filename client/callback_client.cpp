@@ -23,7 +23,7 @@ void printLog(const BnMirxCallback::TransactionLog& log) {
                         log.transaction_error, log.service_specific_error_code);
 }
 
-std::mutex gLogHookMutex;
+[[clang::no_destroy]] std::mutex gLogHookMutex;
 
 std::shared_ptr<MirxCallbackClient> addToRequestCallbacks(
         std::shared_ptr<MirxCallbackClient> client, const char* added) {
@@ -52,6 +52,8 @@ MirxCallbackClient::~MirxCallbackClient() {
 }
 
 ndk::ScopedAStatus MirxCallbackClient::onCallback(const std::vector<MirxRequestData>& data) {
+    const ExitGate::Pass pass(g_mirx_gate);
+    if (!pass) return ndk::ScopedAStatus::ok();
     if (!data.empty()) {
         if (by_path) {
             callByPath(data);

@@ -23,6 +23,7 @@ class MirxCallbackClient : public aidl::vendor::tavro::hardware::mirx::BnMirxCal
     ~MirxCallbackClient() override;
 
     // Always returns OK. Takes request_callback_mutex, but not while the client's callback runs.
+    // Tells nobody once the process exits.
     ndk::ScopedAStatus onCallback(const std::vector<dovcommon::MirxRequestData>& data) override;
 
   private:

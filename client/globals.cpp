@@ -1,20 +1,31 @@
-// Every global of the low-level client, in the order in which they are made; they are destroyed in
-// reverse when the process ends.
+// Every global of the low-level client, in the order in which they are made; when the process ends
+// they are destroyed in reverse, unless a thread still uses them.
 #include "client/binding.h"
 #include "client/registry.h"
 
 namespace mirxHalclient::internal {
 
-std::shared_ptr<IMirx> g_mirx_hal;
-std::shared_timed_mutex g_mirx_hal_mutex;
+constinit ExitGate g_mirx_gate;
 
-std::mutex listening_callback_mutex;
-std::vector<MirxCallbackGroup> listening_callback_groups;
+[[clang::no_destroy]] std::shared_ptr<IMirx> g_mirx_hal;
+[[clang::no_destroy]] std::shared_timed_mutex g_mirx_hal_mutex;
+
+[[clang::no_destroy]] std::mutex listening_callback_mutex;
+[[clang::no_destroy]] std::vector<MirxCallbackGroup> listening_callback_groups;
 
 }  // namespace mirxHalclient::internal
 
-std::mutex request_callback_mutex;
-std::vector<std::shared_ptr<MirxCallbackClient>> request_callbacks;
+[[clang::no_destroy]] std::mutex request_callback_mutex;
+[[clang::no_destroy]] std::vector<std::shared_ptr<MirxCallbackClient>> request_callbacks;
+
+static const struct Teardown {
+    ~Teardown() {
+        using namespace mirxHalclient::internal;
+        g_mirx_gate.closeAndDestroy(request_callbacks, request_callback_mutex,
+                                    listening_callback_groups, listening_callback_mutex,
+                                    g_mirx_hal_mutex, g_mirx_hal);
+    }
+} gTeardown;
 
 // Already here, while no binder thread can read the hook.
 [[maybe_unused]] static const bool gLogHookInstalled =

@@ -44,6 +44,7 @@ int mirxResListeningRegister(std::list<Resource>& resources, int pid,
 
 int mirxResListeningUnRegister(int handle) {
     int32_t result = -1;
+    const ExitGate::Pass pass(g_mirx_gate);
     std::unique_lock registry(listening_callback_mutex, std::defer_lock);
     callMirx(
             {"mirx client mirxResListeningUnRegister", "mirxResListeningUnRegister"},

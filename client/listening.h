@@ -21,6 +21,7 @@ int registerListening(const Operation& operation, Watched MirxCallbackGroup::*li
                       const std::shared_ptr<Callback>& callback) {
     int32_t handle = -1;
     std::shared_ptr<MirxCallbackClient> client;
+    const ExitGate::Pass pass(g_mirx_gate);
     std::unique_lock registry(listening_callback_mutex, std::defer_lock);
     const auto call = [&](IMirx& hal) -> Attempt {
         for (const MirxCallbackGroup& group : listening_callback_groups) {

@@ -29,6 +29,7 @@ int mirxThermalListeningRegister(const std::vector<int>& subsystems,
                                  const std::shared_ptr<IClientCallback>& callback) {
     int32_t handle = -1;
     std::shared_ptr<MirxCallbackClient> client;
+    const ExitGate::Pass pass(g_mirx_gate);
     const bool registered = callMirx(
             {"mirxThermalListeningRegister", "mirxThermalListeningRegister"}, [&](IMirx& hal) {
                 client = forRegistration(callback);

@@ -32,7 +32,7 @@ cp "$kernel/busybox" "$root/bin/"
 cp "$kernel/binder_linux.ko" "$root/lib/"
 cp "$simulator"/*.xml "$root$simulator/"
 cp "$simulator/vendor.tavro.hardware.mirx-service.xml" "$root/vendor/etc/vintf/manifest/mirx.xml"
-programs=("$build"/{tests/binder_tests,tests/test-relay,simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
+programs=("$build"/{tests/binder_tests,tests/exit_program,tests/test-relay,simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
 stripped "${programs[@]}" "$build"/*.so "$build"/aidl/*.so "$DOV_STACK"/lib/*.so
 case $architecture in
     amd64)

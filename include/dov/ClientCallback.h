@@ -18,7 +18,8 @@
 /// Threads. onCallback runs on a binder thread, in parallel with the caller's own threads and with
 /// other callbacks; the process needs a thread pool (ABinderProcess_startThreadPool). No lock of
 /// the library is held, and the callback may call the library (see the rules of halclient.h). The
-/// service may wait until the callback returns.
+/// service may wait until the callback returns. No callback is made once the process exits and the
+/// library's globals go.
 ///
 /// Errors. The service hears of none: it gets an OK whatever the callback does. An exception must
 /// not leave the callback.

@@ -22,6 +22,9 @@
 /// arrives on a binder thread, so the process needs a thread pool (ABinderProcess_startThreadPool);
 /// without one, the first call after the death fails and the one after it binds again.
 ///
+/// The end. Once the process exits and the library's globals go, calls fail without calling the
+/// service. The library stays loaded until then, also when dlclose gives it back.
+///
 /// Log. Everything goes to the tag "[DOV_CLIENT]". What keeps a call from being made is logged at
 /// error priority: "Mirx is not declared, AServiceManager_isDeclared:%d", "Mirx HAL Service not
 /// found" or "Unable to link to g_dov_hal death notifications!", each followed by

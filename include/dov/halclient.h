@@ -38,6 +38,9 @@ class MirxRequestParcel;
 /// thread, and should leave every call to one: it can wait for ever when another thread's call
 /// fails at that moment.
 ///
+/// The end. Once the process exits and the library's globals go, calls return -1 without
+/// calling the service. The library stays loaded until then, also when dlclose gives it back.
+///
 /// Log. Everything goes to the tag "MIRXFramework-lib-vendor": the entry of each call and what
 /// became of it at information priority, and at error priority what keeps a call from being made:
 /// "Mirx is not declared, AServiceManager_isDeclared:%d", "Mirx HAL Service not found", "Unable to

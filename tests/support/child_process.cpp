@@ -12,6 +12,7 @@
 #include <chrono>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -79,6 +80,17 @@ std::string ChildProcess::readUntil(const std::string& prefix) {
 
 void ChildProcess::signal(int number) const {
     kill(mPid, number);
+}
+
+int ChildProcess::wait(std::chrono::seconds time) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    siginfo_t ended = {};
+    while (ended.si_pid == 0 && std::chrono::steady_clock::now() < end) {
+        waitid(P_PID, static_cast<id_t>(mPid), &ended, WEXITED | WNOHANG | WNOWAIT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (ended.si_pid == 0) signal(SIGABRT);
+    return wait();
 }
 
 int ChildProcess::wait() {

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ class ChildProcess {
     void signal(int number) const;
     // Waits for its end; returns the exit code, or minus the signal that ended it.
     int wait();
+    // The same, but ends it with SIGABRT when it has not ended in time.
+    int wait(std::chrono::seconds time);
 
     pid_t pid() const { return mPid; }
 

@@ -1,0 +1,34 @@
+// Replies of arbitrary shape to every call that waits for one.
+//
+// Input: one byte that selects the call, then the reply.
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+#include <dov/dov.h>
+#include <dov/halclient.h>
+
+#include "fuzz/fake_service.h"
+#include "tests/support/operations.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    // DovGetPMStatus writes there.
+    [[maybe_unused]] static const bool quiet = (std::cout.setstate(std::ios::failbit), true);
+    if (size == 0) return 0;
+    const auto& all = operations();
+    const Operation& operation = all[data[0] % all.size()];
+    // A property of 256 characters ends the process, as it should. This is less.
+    constexpr size_t kLongestText = 160;
+    const size_t most = operation.reply == Reply::kText ? kLongestText : size;
+    fuzz::answerWith({data + 1, std::min(size - 1, most)});
+    operation.call(7);
+    endRegistration();
+
+    // Whatever it was, both bindings understand the next reply, and nothing is left.
+    static constexpr uint8_t kNine[] = {0, 0, 0, 0, 9, 0, 0, 0};
+    fuzz::answerWith(kNine);
+    if (mirxHalclient::mirxResCtlRelease(1) != 9 || setRelatedSysInfo(1, 2) != 9) std::abort();
+    mirxHalclient::mirxResListeningUnRegister(-1);  // the service may have called it that
+    request_callbacks.clear();
+    return 0;
+}

@@ -1,0 +1,144 @@
+// The string utilities and the list builders, against their rules written out the simple way.
+//
+// Input: one character that splits and trims, then the text.
+#include <cstdlib>
+#include <stdexcept>
+
+#include <dov/DovWrapper.h>
+
+using DovClient::Resource;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+using Resources = std::vector<Resource>;
+
+constexpr int32_t kOpcodes[] = {0x010108a0, 0x010108b0, 0x010108c0, 0x01010b10, 0x01010b20,
+                                0x01010b30, 0x01020070, 0x01010b90, 0x01010ba0, 0x01010bb0,
+                                0x01020080, 0x01010010, 0x01010020, 0x01010030, 0x01020050,
+                                0x010100a0, 0x010100b0, 0x010100c0, 0x01020060};
+constexpr size_t kGroupStarts[] = {3, 7, 11, 15};
+
+void check(bool holds) {
+    if (!holds) std::abort();
+}
+
+bool isIn(const std::string& set, char c) {
+    return set.find(c) != std::string::npos;
+}
+
+Texts split(const std::string& text, const std::string& delimiters) {
+    Texts pieces;
+    std::string piece;
+    const auto end = [&] {
+        if (!piece.empty()) pieces.push_back(piece);
+        piece.clear();
+    };
+    for (const char c : text) {
+        if (isIn(delimiters, c)) {
+            end();
+        } else {
+            piece += c;
+        }
+    }
+    end();
+    return pieces;
+}
+
+std::string trim(std::string text, const std::string& set, bool left, bool right) {
+    while (left && !text.empty() && isIn(set, text.front())) text.erase(0, 1);
+    while (right && !text.empty() && isIn(set, text.back())) text.pop_back();
+    return text;
+}
+
+int32_t parseInt(const std::string& text) {
+    try {
+        return std::stoi(text);
+    } catch (const std::invalid_argument&) {
+        return 0;
+    } catch (const std::out_of_range&) {
+        return 0;
+    }
+}
+
+Resources targetLoad(const std::string& data) {
+    Resources list;
+    const Texts pieces = split(data, ",");
+    for (size_t i = 0; i < pieces.size() && i < std::size(kOpcodes); ++i) {
+        if (!isIn(data, '-')) {
+            list.push_back({kOpcodes[i], pieces[i]});
+        } else if (const Texts parts = split(pieces[i], "-"); parts.size() >= 2) {
+            list.push_back({kOpcodes[i], parts[1]});
+        }
+    }
+    return list;
+}
+
+Resources colocation(const std::string& data) {
+    Resources list;
+    for (const std::string& piece : split(data, ",")) {
+        const Texts parts = split(piece, ":");
+        if (parts.size() < 2) continue;
+        if (parts[0] == "colocation") list.push_back({0x01011040, parts[1]});
+        if (parts[0] != "groupmigrate") continue;
+        const Texts numbers = split(parts[1], "-");
+        if (numbers.size() < 2) continue;
+        const int32_t a = parseInt(numbers[0]), b = parseInt(numbers[1]);
+        if (a <= b || a == -1 || b == -1) continue;
+        list.push_back({0x01010fb0, std::to_string(a)});
+        list.push_back({0x01010fc0, std::to_string(b)});
+    }
+    return list;
+}
+
+Resources gameAdp(const std::string& data) {
+    Resources list;
+    const Texts groups = split(data, ";");
+    for (size_t g = 0; g < groups.size() && g < std::size(kGroupStarts); ++g) {
+        if (!isIn(groups[g], ',')) continue;
+        const Texts items = split(groups[g], ",");
+        for (size_t i = 0; i < items.size() && kGroupStarts[g] + i < std::size(kOpcodes); ++i) {
+            list.push_back({kOpcodes[kGroupStarts[g] + i], trim(items[i], " \n\r\t", true, true)});
+        }
+    }
+    return list;
+}
+
+Resources gameUpgrade(int32_t level, const std::string& data) {
+    Resources list;
+    if (level >= 1) list.push_back({0x01011040, std::to_string(level)});
+    if (!data.empty()) list.push_back({0x010115b0, data});
+    return list;
+}
+
+bool same(const Resources& a, const Resources& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        if (a[i].opcode != b[i].opcode || a[i].value != b[i].value) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    const std::string text(data + 1, data + size);
+    const char set[] = {static_cast<char>(data[0]), 'a', '\0'};  // no characters when it is zero
+
+    check(stringUtils::parseInt(text) == parseInt(text));
+    check(stringUtils::valueOf(parseInt(text)) == std::to_string(parseInt(text)));
+    check(stringUtils::trimLeft(text, set) == trim(text, set, true, false));
+    check(stringUtils::trimRight(text, set) == trim(text, set, false, true));
+    check(stringUtils::trim(text, set) == trim(text, set, true, true));
+    check(stringUtils::split(text, set) == split(text, set));
+    check(stringUtils::contains(text, set) == (text.find(set) != std::string::npos));
+    check(stringUtils::equals(text, set) == (text == set));
+
+    check(same(getTargetLoadList(text), targetLoad(text)));
+    check(same(getColocationList(text), colocation(text)));
+    check(same(getGameAdpList(text), gameAdp(text)));
+    const int32_t level = static_cast<int8_t>(data[0]);
+    check(same(getGameUpgradeList(1, 2, level, 4, 5, text), gameUpgrade(level, text)));
+    return 0;
+}

@@ -1,0 +1,102 @@
+// A process that ends, or gives the library back, while all of it is in use: exit_program MODE
+//
+// It says "ready" when it is what MODE says, and goes on at SIGUSR1.
+#include <dlfcn.h>
+#include <signal.h>
+
+#include <cstdio>
+#include <cstring>
+#include <list>
+#include <thread>
+
+#include <android/log.h>
+#include <dov/dov.h>
+#include <dov/halclient.h>
+
+namespace {
+
+struct Listener : IClientCallback {
+    void onCallback(std::list<DovClient::Resource>) override {}
+};
+
+// The library's functions by name: unless it is loaded by hand, it cannot be given back.
+struct Library {
+    void* handle = dlopen(DOV_LIBRARY, RTLD_NOW);
+
+    template <typename Function>
+    Function* function(const char* name) const {
+        return reinterpret_cast<Function*>(dlsym(handle, name));
+    }
+
+    decltype(dovInit)* init = function<decltype(dovInit)>("dovInit");
+    decltype(DovEventAcquire)* acquire = function<decltype(DovEventAcquire)>("DovEventAcquire");
+    void (*clientInit)() = function<void()>("_ZN13mirxHalclient9mirx_initEv");
+    int (*listen)(
+            std::list<DovClient::Resource>&, int,
+            const std::shared_ptr<
+                    IClientCallback>&) = function<int(std::list<DovClient::Resource>&, int,
+                                                      const std::shared_ptr<IClientCallback>&)>(
+            "_ZN13mirxHalclient24mirxResListeningRegisterERNSt3__14listIN9DovClient8Resource"
+            "ENS0_9allocatorIS3_EEEEiRKNS0_10shared_ptrI15IClientCallbackEE");
+    int (*request)(
+            int, int, int, int, int, int,
+            const std::shared_ptr<
+                    IClientCallback>&) = function<int(int, int, int, int, int, int,
+                                                      const std::shared_ptr<IClientCallback>&)>(
+            "_ZN13mirxHalclient16mirxSACtlRequestEiiiiiiRKNSt3__110shared_ptrI15IClientCallba"
+            "ckEE");
+};
+
+void call(const Library& library) {
+    for (int n = 1;; ++n) {
+        library.acquire(1, "p", "i", 0, {});
+        library.request(n, 0, 2, 0, 0, n, std::make_shared<Listener>());
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    __android_log_set_logger([](const __android_log_message*) {});
+    const char* const mode = argc > 1 ? argv[1] : "";
+    const auto is = [mode](const char* name) { return std::strcmp(mode, name) == 0; };
+    sigset_t go;
+    sigemptyset(&go);
+    sigaddset(&go, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &go, nullptr);
+    const auto waitForGo = [&go] {
+        std::puts("ready");
+        std::fflush(stdout);
+        int signal = 0;
+        sigwait(&go, &signal);
+    };
+
+    const Library library;
+    if (library.handle == nullptr) {
+        std::puts(dlerror());
+        return 1;
+    }
+    // Both bindings, a listener and a callback that the service has not called yet.
+    std::list<DovClient::Resource> resources = {{7, {}}};
+    if (library.init() != 0 || library.listen(resources, 1, std::make_shared<Listener>()) == -1 ||
+        library.request(-1, 0, 2, 0, 0, 1, std::make_shared<Listener>()) == -1) {
+        return 1;
+    }
+    waitForGo();
+    if (is("calling")) {
+        for (int i = 0; i < 4; ++i) std::thread(call, library).detach();
+        waitForGo();
+    } else if (is("waiting")) {
+        // One waits for the service with the lock held, the others for the lock.
+        for (int i = 0; i < 4; ++i) {
+            std::thread([init = library.clientInit] {
+                while (true) init();
+            }).detach();
+        }
+        waitForGo();
+    } else if (is("unloading")) {
+        dlclose(library.handle);
+        waitForGo();
+    }
+    return 0;
+}

@@ -1,0 +1,88 @@
+// Processes that end, or give the library back, while listeners, callbacks and calls are under way.
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/child_process.h"
+#include "tests/support/data.h"
+#include "tests/support/test_services.h"
+
+class ExitTest : public BinderTest {
+  protected:
+    // Starts the program and lets it get as far as to what `mode` says, which `change` may prepare.
+    void start(
+            const char* mode, int steps, const std::function<void()>& change = [] {}) {
+        child = std::make_unique<ChildProcess>(EXIT_PROGRAM, std::vector<std::string>{mode});
+        child->readUntil("ready");
+        if (steps == 0) return;
+        change();
+        child->signal(SIGUSR1);
+        child->readUntil("ready");
+    }
+
+    // Tells it to end and gives its exit code; ended by force, it is no zero.
+    int end() {
+        child->signal(SIGUSR1);
+        return child->wait(std::chrono::seconds(20));
+    }
+
+    // What the child has handed over.
+    std::vector<std::shared_ptr<IMirxCallback>> callbacks() {
+        std::vector<std::shared_ptr<IMirxCallback>> result;
+        for (const RecordedCall& call : service->take()) {
+            if (call.callback) result.push_back(call.callback);
+            if (call.parcel.callback) result.push_back(call.parcel.callback);
+        }
+        return result;
+    }
+
+    std::unique_ptr<ChildProcess> child;
+};
+
+TEST_F(ExitTest, whileItsCallbacksAreCalledAndItsServiceDies) {
+    for (int round = 0; round < 10; ++round) {
+        start("listening", 0);
+        std::vector<std::thread> callers;
+        for (const auto& callback : callbacks()) {
+            callers.emplace_back([callback] {
+                while (callback->onCallback({element(1, "1")}).isOk()) {
+                }
+            });
+        }
+        ASSERT_EQ(callers.size(), 2u);
+        std::this_thread::sleep_for(std::chrono::milliseconds(round));
+        if (round % 2 == 1) stopServing();
+        EXPECT_EQ(end(), 0);
+        for (std::thread& caller : callers) caller.join();
+        if (round % 2 == 1) serve();
+    }
+}
+
+TEST_F(ExitTest, inTheMiddleOfCalls) {
+    for (int round = 0; round < 5; ++round) {
+        start("calling", 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(round));
+        if (round % 2 == 1) stopServing();
+        EXPECT_EQ(end(), 0);
+        if (round % 2 == 1) serve();
+    }
+}
+
+// The lock is held by a thread that waits for the service; the notice of the service's death waits
+// for the lock, and so do further calls.
+TEST_F(ExitTest, whileAServiceIsWaitedForThatNeverComes) {
+    start("waiting", 1, [] { stopServing(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(end(), 0);
+}
+
+// Binder threads run on in code that must stay where it is.
+TEST_F(ExitTest, theLibraryStaysWhenItIsGivenBack) {
+    start("unloading", 1);
+    const auto all = callbacks();
+    ASSERT_EQ(all.size(), 2u);
+    for (const auto& callback : all) EXPECT_TRUE(callback->onCallback({element(1, "1")}).isOk());
+    stopServing();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(end(), 0);
+}
