@@ -46,6 +46,13 @@ run() {
     fi
 }
 
+# A killed process keeps its files for a moment, and may stay as a zombie when nobody waits for it.
+is_dead() {
+    local state
+    state=$(sed 's/.*) //; s/ .*//' "/proc/$1/stat" 2>/dev/null) || return 0
+    [[ $state = [ZX]* ]]
+}
+
 start_service() {
     printf '$ mirx-simulator --profile profile.xml &\n'
     # In a shell of its own, so that bash does not report the kill.
@@ -88,6 +95,7 @@ service_says one-way
 say 'The service is killed. The next call fails cleanly.'
 printf '$ kill -9 %s\n' "$server"
 kill -9 "$server"
+until is_dead "$server"; do sleep 0.01; done
 run 3 acquire 0 --identity demo -v
 
 say 'The service is back. The next call works.'

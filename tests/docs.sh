@@ -72,7 +72,7 @@ while IFS= read -r paragraph; do
 done < <(samples README.md text | paragraphs; echo)
 [ $shown -gt 1 ] || complain "README.md shows nothing of the demo"
 
-# README.md: its commands, each for a second at the most.
+# README.md: its commands, each for a second at the most. In the foreground, or timeout would interrupt them twice.
 export DOV_SERVICE_DIR=$work/services
 mkdir -m 700 "$DOV_SERVICE_DIR"
 cp simulator/*.xml "$DOV_SERVICE_DIR/"
@@ -80,7 +80,7 @@ cp simulator/*.xml "$DOV_SERVICE_DIR/"
 server=$!
 timeout 20 bash -c "until grep -q serving '$work/journal'; do sleep 0.05; done"
 while read -r -a command; do
-    timeout --preserve-status --signal=INT 1 "$build/dovctl/dovctl" "${command[@]}" > "$work/output" 2>&1 ||
+    timeout --foreground --preserve-status --signal=INT 1 "$build/dovctl/dovctl" "${command[@]}" > "$work/output" 2>&1 ||
         complain "README.md: dovctl ${command[*]} ends with $?: $(cat "$work/output")"
 done < <(samples README.md sh | sed -n 's,^\./dev dovctl ,,p')
 exit $failed

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include <android/binder_parcel_utils.h>
+#include <binder/IServiceManager.h>
 
 #include <dov/dov.h>
 

@@ -11,7 +11,7 @@ complain() { printf '%s\n' "$*" >&2; failed=1; }
 
 # What only Linux builds: the service manager over sockets, what is tested over it, what measures, fuzzes and describes.
 linux_folders='^(host|bench|fuzz)/'
-linux_targets='/(binder_tests|test_support|test-relay|public_types)\.dir/'
+linux_targets='/(binder_tests|test_support|test-relay|public_types|exit_program|soak|fuzzed)\.dir/'
 # Modules of the platform that ours may name.
 platform=(libbase libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libtinyxml2 libutils vendor.tavro.hardware.mirx-V1-ndk)
 

@@ -79,15 +79,20 @@ TEST_F(TopTest, onATerminalItRedrawsUntilTheUserQuitsAndLeavesNoTrace) {
     };
     for (const auto& quit : waysToQuit) {
         winsize size = {.ws_row = 6, .ws_col = 60, .ws_xpixel = 0, .ws_ypixel = 0};
+        termios before = {};
+        before.c_iflag = ICRNL | IXON;
+        before.c_oflag = OPOST | ONLCR;
+        before.c_cflag = CS8 | CREAD | B38400;
+        before.c_lflag = ISIG | ICANON | ECHO | IEXTEN;
+        before.c_cc[VINTR] = 3;
+        before.c_cc[VMIN] = 1;
         int terminal = -1;
-        const pid_t program = forkpty(&terminal, nullptr, nullptr, &size);
+        const pid_t program = forkpty(&terminal, nullptr, &before, &size);
         if (program == 0) {
             execl(DOVCTL, DOVCTL, "top", "--interval", "20", nullptr);
             _exit(127);
         }
         ASSERT_GT(program, 0);
-        termios before = {};
-        tcgetattr(terminal, &before);  // a terminal's own settings, before dovctl has come that far
 
         std::string shown;
         const auto readMore = [&] {
