@@ -28,11 +28,16 @@ constexpr int kSocketKills = 200;
 constexpr bool kMemoryTells = true;
 constexpr int kSocketKills = 1000;
 #endif
-constexpr int kDriverKills = 200;
-// How long the service lives at the most, in microseconds; in an emulated machine everything takes
-// longer.
-constexpr unsigned kSocketLife = 20'000;
-constexpr unsigned kDriverLife = 400'000;
+constexpr int kEmulatedKills = 200;
+// How long the service lives at the most, in microseconds.
+constexpr unsigned kLife = 20'000;
+constexpr unsigned kEmulatedLife = 400'000;
+
+// The driver is that of an emulated machine, and the program may be emulated itself: everything
+// takes longer.
+bool emulated() {
+    return overDriver() || getenv("DOV_EMULATOR") != nullptr;
+}
 
 size_t entriesOf(const char* folder) {
     const std::filesystem::directory_iterator entries(folder);
@@ -117,7 +122,7 @@ class RestartTest : public BinderTest {
         for (int i = 0; i < 3; ++i) repeat([this] { callEvents(); });
         for (int i = 0; i < 2; ++i) repeat([this] { callClient(mCallback); });
         for (int i = 0; i < 2; ++i) repeat([this, i] { listen(i, mCallback); });
-        const unsigned life = overDriver() ? kDriverLife : kSocketLife;
+        const unsigned life = emulated() ? kEmulatedLife : kLife;
         std::minstd_rand random(static_cast<unsigned>(kills));
         for (int kill = 0; kill < kills; ++kill) {
             // At whatever point its callers are.
@@ -148,7 +153,7 @@ class RestartTest : public BinderTest {
 };
 
 TEST_F(RestartTest, nothingHangsAndNothingGrows) {
-    const int kills = overDriver() ? kDriverKills : kSocketKills;
+    const int kills = emulated() ? kEmulatedKills : kSocketKills;
     killUnderLoad(kills / 5);  // until everything that is made once is there
     const Holdings before;
     killUnderLoad(kills - kills / 5);

@@ -165,7 +165,7 @@ TEST_F(SimulatorProgramTest, theTimelineSaysWhatWasHeldByWhomAndWhyItEnded) {
                "<resource path=\"/p\" value=\"text\"/></event>"
                "<rule id=\"7\"><resource opcode=\"5\" value=\"1\"/></rule></profile>";
     ASSERT_EQ(simulator.start({"--profile", profile, "--timeline", timeline}), std::nullopt);
-    acquire(kEvent, {element(0), element(kFloor, "1000000")}, 400);
+    acquire(kEvent, {element(0), element(kFloor, "1000000")}, 2000);
     const int32_t released = acquire(kResources, {element(kFloor, "2"), element(kFloor, "3")});
     acquire(kEvent, {element(99)});
     rule(7, 1, {});
@@ -187,8 +187,8 @@ TEST_F(SimulatorProgramTest, theTimelineSaysWhatWasHeldByWhomAndWhyItEnded) {
                         "0x00000005 | 2 (status 2) | rule 7 -> the service stopped",
                         "without resources | event acquire 99 | handle 3 -> the service stopped"));
     ASSERT_EQ(read.slices.size(), 6u);
-    // Its 400 milliseconds count from a moment before the entry.
-    EXPECT_GE(read.slices[2].microseconds, 300'000);
+    // Its two seconds count from a moment before the entry.
+    EXPECT_GE(read.slices[2].microseconds, 1'900'000);
     EXPECT_THAT(read.instants,
                 testing::ElementsAre("events | event acquire 0 LAUNCH", "events | event acquire 99",
                                      "rules | rule 7 status 1", "rules | rule 7 status 2"));
