@@ -66,7 +66,7 @@ class Soak {
         std::minstd_rand random(1);
         while (!mServicesDone) {
             ChildProcess service(MIRX_SIMULATOR);
-            service.readUntil("serving");
+            // From its first line: callers may be faster than the one that says it is serving.
             std::thread reader([&] {
                 try {
                     while (true) mLedger.received(service.readUntil(""));
@@ -122,11 +122,13 @@ class Soak {
         }
     }
 
-    // What the process has while both bindings are bound and nothing goes on. The transport's
-    // threads end a moment after their connections.
+    // What the process has while both bindings are bound to a new service and nothing goes on. The
+    // transport's threads end a moment after their connections.
     soak::Resources measure() {
-        mPaused = true;
         const std::unique_lock idle(mRunning);
+        const long kills = counts.kills;
+        while (counts.kills == kills) std::this_thread::sleep_for(1ms);
+        mPaused = true;
         soak::Resources least;
         for (int settled = 0; settled < 20;) {
             if (dovInit() != 0) continue;
