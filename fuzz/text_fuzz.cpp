@@ -1,8 +1,8 @@
 // The string utilities and the list builders, against their rules written out the simple way.
 //
 // Input: one character that splits and trims, then the text.
+#include <cstdint>
 #include <cstdlib>
-#include <stdexcept>
 
 #include <dov/DovWrapper.h>
 
@@ -52,13 +52,8 @@ std::string trim(std::string text, const std::string& set, bool left, bool right
 }
 
 int32_t parseInt(const std::string& text) {
-    try {
-        return std::stoi(text);
-    } catch (const std::invalid_argument&) {
-        return 0;
-    } catch (const std::out_of_range&) {
-        return 0;
-    }
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    return number < INT32_MIN || number > INT32_MAX ? 0 : static_cast<int32_t>(number);
 }
 
 Resources targetLoad(const std::string& data) {
