@@ -9,6 +9,7 @@
 #include <list>
 #include <thread>
 
+#include <android/binder_process.h>
 #include <android/log.h>
 #include <dov/dov.h>
 #include <dov/halclient.h>
@@ -64,6 +65,7 @@ int main(int argc, char** argv) {
     sigemptyset(&go);
     sigaddset(&go, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &go, nullptr);
+    ABinderProcess_startThreadPool();  // after that: its threads would take the signal
     const auto waitForGo = [&go] {
         std::puts("ready");
         std::fflush(stdout);

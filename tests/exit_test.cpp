@@ -9,10 +9,6 @@
 
 class ExitTest : public BinderTest {
   protected:
-    void SetUp() override {
-        if (overDriver()) GTEST_SKIP() << "not ready for the driver: a case does not end there";
-    }
-
     // Starts the program and lets it get as far as to what `mode` says, which `change` may prepare.
     void start(
             const char* mode, int steps, const std::function<void()>& change = [] {}) {
