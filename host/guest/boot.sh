@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# Boots Debian's kernel with its binder driver in qemu, runs the tests of a build folder over the driver and powers off.
+# Boots Debian's kernel with its binder driver in qemu, runs the programs of a build folder over the driver and powers off.
 #
-# Usage: boot.sh amd64|armhf BUILD_FOLDER CACHE_DIR [GTEST_FILTER]. Needs DOV_STACK, the binder stack of that build. Ends with 0 when
-# all tests have passed.
+# Usage: boot.sh amd64|armhf BUILD_FOLDER CACHE_DIR tests [GTEST_FILTER]
+#        boot.sh amd64|armhf BUILD_FOLDER CACHE_DIR bench [BENCHMARK_FILTER]
+# Needs DOV_STACK, the binder stack of that build. Ends with 0 when all tests have passed, all calls been measured.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 architecture=$1
 build=$(readlink -f "$2")
 cache=$3
-filter=${4:-*}
+task=$4
 kernel=$cache/guest-$architecture
 sysroot=$cache/sysroot-armhf
 simulator=$(readlink -f "$here/../../simulator")
@@ -32,7 +33,21 @@ cp "$kernel/busybox" "$root/bin/"
 cp "$kernel/binder_linux.ko" "$root/lib/"
 cp "$simulator"/*.xml "$root$simulator/"
 cp "$simulator/vendor.tavro.hardware.mirx-service.xml" "$root/vendor/etc/vintf/manifest/mirx.xml"
-programs=("$build"/{tests/binder_tests,tests/exit_program,tests/test-relay,simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
+programs=("$build"/{simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
+case $task in
+    tests)
+        filter=${5:-*}
+        programs+=("$build"/tests/{binder_tests,exit_program,test-relay})
+        ;;
+    bench)
+        filter=${5:-.}
+        programs+=("$build/bench/calls_bench")
+        ;;
+    *)
+        echo "boot.sh: the guest cannot do '$task'" >&2
+        exit 2
+        ;;
+esac
 stripped "${programs[@]}" "$build"/*.so "$build"/aidl/*.so "$DOV_STACK"/lib/*.so
 case $architecture in
     amd64)
@@ -56,6 +71,7 @@ case $architecture in
 esac
 cat > "$root/etc/guest" <<VARIABLES
 build=$build
+task=$task
 filter='$filter'
 VARIABLES
 (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) | gzip -1 > "$work/initrd.gz"
