@@ -74,7 +74,7 @@ class Listeners {
         Journal* journal;
     };
 
-    static void onDied(void* cookie);
+    static void onDied(void* data);
     void post(Call call);
     // Waits for the next call to make. None when the listeners go.
     std::optional<Call> nextCall();

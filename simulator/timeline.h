@@ -37,7 +37,7 @@ class Timeline {
     ~Timeline();
 
     // One step of the table of holds; see Holds::Callbacks::onStep.
-    void step(const Hold* ended, End end, const Hold* begun,
+    void step(const Hold* ended, End why, const Hold* begun,
               const std::vector<MirxRequestData>& changed);
 
     // An instant on the track of that name, with details for who selects it.
