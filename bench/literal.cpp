@@ -55,17 +55,21 @@ void mark(const std::string& function, const std::string& description) {
     if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) atrace_end_body();
 }
 
+void append(std::vector<MirxRequestData>& data, const std::vector<Resource>& resources) {
+    for (const Resource& resource : resources) {
+        MirxRequestData element;
+        element.id = resource.opcode;
+        if (resource.value) element.value = *resource.value;
+        data.push_back(element);
+    }
+}
+
 int32_t ruleCtl(int32_t ruleId, int32_t status, std::vector<Resource> resources) {
     __android_log_print(ANDROID_LOG_INFO, kTag, "dovRuleCtl, ruleId:%d, status:%d", ruleId, status);
     int32_t answer = -1;
     call([&](IMirx& hal) {
         std::vector<MirxRequestData> data;
-        for (const Resource& resource : resources) {
-            MirxRequestData element;
-            element.id = resource.opcode;
-            if (resource.value) element.value = *resource.value;
-            data.push_back(element);
-        }
+        append(data, resources);
         return hal.ruleCtl(ruleId, status, data, &answer);
     });
     return answer;
@@ -122,12 +126,7 @@ int32_t eventAcquire(int32_t cmdid, const std::string& pkg, const std::string& i
             element.id = cmdid;
             data.push_back(element);
         }
-        for (const Resource& resource : resources) {
-            MirxRequestData element;
-            element.id = resource.opcode;
-            if (resource.value) element.value = *resource.value;
-            data.push_back(element);
-        }
+        append(data, resources);
         parcel.requestData = data;
         return hal.request(parcel, &handle);
     });
@@ -163,12 +162,7 @@ int32_t resStateRequest(std::vector<Resource>& resources) {
     const bool done = call([&](IMirx& hal) {
         MirxRequestParcel parcel;
         std::vector<MirxRequestData> data;
-        for (const Resource& resource : resources) {
-            MirxRequestData element;
-            element.id = resource.opcode;
-            if (resource.value) element.value = *resource.value;
-            data.push_back(element);
-        }
+        append(data, resources);
         parcel.requestData = data;
         return hal.stateRequest(parcel, &reply);
     });

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/binding.h"
+#include "client/registry.h"
 #include "client/request_data.h"
 
 using aidl::vendor::tavro::hardware::mirx::BnMirxCallback;

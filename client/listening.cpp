@@ -13,8 +13,7 @@ using namespace mirxHalclient::internal;
 namespace mirxHalclient {
 namespace {
 
-// Runs with listening_callback_mutex held.
-void forgetRegistration(int handle) {
+void forgetRegistration(int handle) REQUIRES(listening_callback_mutex) {
     const auto hasHandle = [handle](const MirxCallbackGroup& group) {
         return group.handle == handle;
     };
@@ -52,6 +51,7 @@ int mirxResListeningUnRegister(int handle) {
             // The registry lets go whatever the service answered.
             [&] {
                 registry.lock();
+                const android::base::ScopedLockAssertion locked(listening_callback_mutex);
                 forgetRegistration(handle);
             });
     return result;

@@ -24,6 +24,7 @@ int registerListening(const Operation& operation, Watched MirxCallbackGroup::*li
     const ExitGate::Pass pass(g_mirx_gate);
     std::unique_lock registry(listening_callback_mutex, std::defer_lock);
     const auto call = [&](IMirx& hal) -> Attempt {
+        const android::base::ScopedLockAssertion locked(listening_callback_mutex);
         for (const MirxCallbackGroup& group : listening_callback_groups) {
             if (group.*list == watched) return refuse("Same callback interface registered already");
         }
@@ -31,6 +32,7 @@ int registerListening(const Operation& operation, Watched MirxCallbackGroup::*li
         return hal.listeningRegister(parcel, client, &handle);
     };
     if (callMirx(operation, call, doNothing, &registry)) {
+        const android::base::ScopedLockAssertion locked(listening_callback_mutex);
         listening_callback_groups.emplace_back(client, watched, handle);
         logInfo("A callback has been registered to Mirx HAL ");
     }

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
+
 #include "client/callback_client.h"
 
 namespace mirxHalclient::internal {
@@ -31,6 +33,11 @@ struct MirxCallbackGroup {
 // released that one; a registration or unregistration that failed takes g_mirx_hal_mutex exclusive
 // while it holds this one. So nobody may wait for it while holding g_mirx_hal_mutex: see callMirx.
 extern std::mutex listening_callback_mutex;
-extern std::vector<MirxCallbackGroup> listening_callback_groups;
+extern std::vector<MirxCallbackGroup> listening_callback_groups
+        GUARDED_BY(listening_callback_mutex);
 
 }  // namespace mirxHalclient::internal
+
+// Said here and not in the public header, which would need the platform's for it.
+extern std::vector<std::shared_ptr<MirxCallbackClient>> request_callbacks
+        GUARDED_BY(request_callback_mutex);

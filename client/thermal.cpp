@@ -9,6 +9,16 @@ using DovClient::Resource;
 using namespace mirxHalclient::internal;
 
 namespace mirxHalclient {
+namespace {
+
+// Without listening_callback_mutex and without a test for duplicates, as the header says: callers
+// serialise it themselves.
+void rememberUnlocked(const std::shared_ptr<MirxCallbackClient>& client,
+                      const std::vector<int>& subsystems, int handle) NO_THREAD_SAFETY_ANALYSIS {
+    listening_callback_groups.emplace_back(client, subsystems, handle);
+}
+
+}  // namespace
 
 int mirxThermalNotify(std::list<Resource>& levels, int pid) {
     int32_t result = -1;
@@ -36,9 +46,7 @@ int mirxThermalListeningRegister(const std::vector<int>& subsystems,
                 return hal.thermalListeningRegister(subsystems, client, &handle);
             });
     if (registered) {
-        // Without listening_callback_mutex and without a test for duplicates, as the header says:
-        // callers serialise it themselves.
-        listening_callback_groups.emplace_back(client, subsystems, handle);
+        rememberUnlocked(client, subsystems, handle);
         logInfo("subsys's callback has been registered to Mirx HAL");
     }
     return handle;

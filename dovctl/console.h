@@ -5,6 +5,8 @@
 #include <ostream>
 #include <string_view>
 
+#include <android-base/thread_annotations.h>
+
 namespace dovctl {
 
 // Every function writes and flushes one line, or a text that ends with its own newline. Callbacks
@@ -22,8 +24,8 @@ class Console {
 
   private:
     std::mutex mMutex;
-    std::ostream& mOut;
-    std::ostream& mErr;
+    std::ostream& mOut GUARDED_BY(mMutex);
+    std::ostream& mErr GUARDED_BY(mMutex);
 };
 
 }  // namespace dovctl

@@ -174,7 +174,7 @@ Finding hold(const Patient& patient,
     if (!acquired) return hung(patient);
     if (!acquired->status.isOk()) return callFailed("request", acquired->status);
     if (acquired->number == -1) return failed("the service refused to hold", "see its log");
-    const Finding finding = meanwhile(acquired->number);
+    Finding finding = meanwhile(acquired->number);
     auto released = within(patient.patience, [mirx = patient.mirx, handle = acquired->number] {
         Answer answer;
         answer.status = mirx->release(handle, &answer.number);

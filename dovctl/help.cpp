@@ -16,7 +16,11 @@ std::string section(const char* heading, const Rows& rows) {
     for (const auto& [left, right] : rows) width = std::max(width, left.size());
     std::string text = std::string("\n") + heading + ":\n";
     for (const auto& [left, right] : rows) {
-        text += "  " + left + std::string(width - left.size() + 2, ' ') + right + "\n";
+        text.append("  ")
+                .append(left)
+                .append(width - left.size() + 2, ' ')
+                .append(right)
+                .append("\n");
     }
     return text;
 }

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 
+#include <android-base/thread_annotations.h>
 #include <android/log.h>
 
 namespace dovctl {
@@ -12,7 +13,7 @@ namespace {
 // The logger is a plain function, so what it writes to has to be found from here.
 struct Sink {
     std::mutex mutex;
-    Console* console = nullptr;
+    Console* console GUARDED_BY(mutex) = nullptr;
 };
 
 Sink& sink() {

@@ -27,12 +27,6 @@ Json::Value jsonOf(const Table& table, const std::vector<Cell>& row) {
     return object;
 }
 
-std::string written(const Json::Value& json) {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    return Json::writeString(writer, json);
-}
-
 // The last column is not padded, so that no line ends in blanks.
 std::string aligned(const std::vector<std::string>& texts, const std::vector<size_t>& widths) {
     std::string line;
@@ -46,6 +40,7 @@ std::string aligned(const std::vector<std::string>& texts, const std::vector<siz
 
 std::vector<std::string> textsOf(const std::vector<Cell>& row) {
     std::vector<std::string> texts;
+    texts.reserve(row.size());
     for (const Cell& cell : row) texts.push_back(textOf(cell));
     return texts;
 }
@@ -70,6 +65,7 @@ std::vector<std::string> linesOf(const Table& table) {
         for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
     }
     std::vector<std::string> lines;
+    lines.reserve(rows.size());
     for (const auto& row : rows) lines.push_back(aligned(row, widths));
     return lines;
 }
@@ -87,10 +83,17 @@ void showLine(Console& console, const Arguments& arguments, const Table& table) 
     for (const auto& row : table.rows) {
         const std::vector<std::string> texts = textsOf(row);
         std::vector<size_t> widths;
+        widths.reserve(texts.size());
         for (const std::string& text : texts) widths.push_back(text.size());
         console.print(arguments.has(kJson.name) ? written(jsonOf(table, row))
                                                 : aligned(texts, widths));
     }
+}
+
+std::string written(const Json::Value& json) {
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    return Json::writeString(writer, json);
 }
 
 std::string opcodeText(int32_t opcode) {

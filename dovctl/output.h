@@ -9,6 +9,10 @@
 #include "dovctl/arguments.h"
 #include "dovctl/console.h"
 
+namespace Json {
+class Value;
+}
+
 namespace dovctl {
 
 using Cell = std::variant<std::string, int64_t, bool>;
@@ -32,6 +36,9 @@ void show(Console& console, const Arguments& arguments, const std::string& name,
 
 // Prints a row on a line of its own as it comes, in columns or with --json as an object.
 void showLine(Console& console, const Arguments& arguments, const Table& table);
+
+// A value as JSON, on one line.
+std::string written(const Json::Value& json);
 
 // "0x01010010".
 std::string opcodeText(int32_t opcode);

@@ -18,6 +18,7 @@ namespace {
 
 std::vector<std::string> runningLines(const std::vector<Hold>& holds) {
     std::vector<std::string> lines;
+    lines.reserve(holds.size());
     for (const Hold& hold : holds) {
         lines.push_back(StringPrintf("%-18s %-22s %8lld ms  %s", textOf(hold.holder).c_str(),
                                      subjectOf(hold).c_str(), static_cast<long long>(hold.duration),
@@ -28,6 +29,7 @@ std::vector<std::string> runningLines(const std::vector<Hold>& holds) {
 
 std::vector<std::string> requestLines(const std::vector<Hold>& holds) {
     std::vector<std::string> lines;
+    lines.reserve(holds.size());
     for (const Hold& hold : holds) {
         lines.push_back(StringPrintf("%-18s %s", textOf(hold.holder).c_str(),
                                      describe(hold.resources).c_str()));

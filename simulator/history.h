@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
+
 namespace simulator {
 
 // Keeps the last requests while recording is on, which it is from the start. Any thread may use it.
@@ -32,8 +34,8 @@ class History {
     static constexpr size_t kLongest = 100;
 
     mutable std::mutex mMutex;
-    std::deque<std::string> mLines;
-    bool mRecording = true;
+    std::deque<std::string> mLines GUARDED_BY(mMutex);
+    bool mRecording GUARDED_BY(mMutex) = true;
 };
 
 }  // namespace simulator

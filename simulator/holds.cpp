@@ -55,38 +55,51 @@ Holds::~Holds() {
 }
 
 int32_t Holds::add(Hold hold) {
-    Lock lock(mMutex);
-    const auto taken = [this](int32_t handle) {
-        return std::any_of(mEntries.begin(), mEntries.end(), [&](const Entry& entry) {
+    const int32_t handle = freeHandle();
+    hold.holder = {Holder::kRequest, handle};
+    put(std::move(hold));
+    return handle;
+}
+
+void Holds::put(Hold hold) {
+    const Holder holder = hold.holder;
+    change(holder, std::move(hold), End::kReplaced);
+}
+
+bool Holds::end(const Holder& holder) {
+    return change(holder, std::nullopt, End::kReleased);
+}
+
+int32_t Holds::freeHandle() {
+    std::lock_guard lock(mMutex);
+    const auto taken = [](const std::list<Entry>& entries, int32_t handle) {
+        return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
             return entry.hold.holder == Holder{Holder::kRequest, handle};
         });
     };
     do {
         mLastHandle = mLastHandle == std::numeric_limits<int32_t>::max() ? 1 : mLastHandle + 1;
-    } while (taken(mLastHandle));
-    hold.holder = {Holder::kRequest, mLastHandle};
-    const int32_t handle = mLastHandle;
-    replace(lock, hold.holder, std::move(hold), End::kReplaced);
-    return handle;
+    } while (taken(mEntries, mLastHandle));
+    return mLastHandle;
 }
 
-void Holds::put(Hold hold) {
-    Lock lock(mMutex);
-    const Holder holder = hold.holder;
-    replace(lock, holder, std::move(hold), End::kReplaced);
+bool Holds::change(const Holder& holder, std::optional<Hold> hold, End end) {
+    Step step;
+    {
+        std::lock_guard lock(mMutex);
+        step = replace(holder, std::move(hold), end);
+    }
+    const bool hasEnded = step.ended.has_value();
+    tell(std::move(step));
+    return hasEnded;
 }
 
-bool Holds::end(const Holder& holder) {
-    Lock lock(mMutex);
-    return replace(lock, holder, std::nullopt, End::kReleased);
-}
-
-bool Holds::replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, End end) {
+Holds::Step Holds::replace(const Holder& holder, std::optional<Hold> hold, End end) {
     const auto entry = std::find_if(mEntries.begin(), mEntries.end(), [&](const Entry& candidate) {
         return candidate.hold.holder == holder;
     });
     std::map<ResourceKey, std::optional<std::string>> before;
-    const auto remember = [&](const Hold& touched) {
+    const auto remember = [&](const Hold& touched) REQUIRES(mMutex) {
         for (const MirxRequestData& data : touched.resources) {
             before.try_emplace(keyOf(data), effectiveValueLocked(keyOf(data)));
         }
@@ -119,11 +132,13 @@ bool Holds::replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, 
         mCallbacks.onStep(ended ? &*ended : nullptr, end, begins ? &mEntries.back().hold : nullptr,
                           changed);
     }
-    lock.unlock();
+    return {std::move(ended), end, std::move(changed)};
+}
+
+void Holds::tell(Step step) {
     mChanged.notify_all();
-    if (ended) mCallbacks.onEnd(*ended, end);
-    if (!changed.empty()) mCallbacks.onChange(std::move(changed));
-    return ended.has_value();
+    if (step.ended) mCallbacks.onEnd(*step.ended, step.end);
+    if (!step.changed.empty()) mCallbacks.onChange(std::move(step.changed));
 }
 
 std::vector<Hold> Holds::current() const {
@@ -160,8 +175,9 @@ std::map<ResourceKey, std::pair<std::string, Holder>> Holds::effective() const {
     return values;
 }
 
-void Holds::runTimer() {
-    Lock lock(mMutex);
+std::optional<Holds::Step> Holds::nextTimeout() {
+    std::unique_lock lock(mMutex);
+    const android::base::ScopedLockAssertion locked(mMutex);
     while (!mStopped) {
         const auto next = std::min_element(
                 mEntries.begin(), mEntries.end(),
@@ -173,10 +189,14 @@ void Holds::runTimer() {
             mChanged.wait_until(lock, deadline);
         } else {
             const Holder holder = next->hold.holder;
-            replace(lock, holder, std::nullopt, End::kTimedOut);
-            lock.lock();
+            return replace(holder, std::nullopt, End::kTimedOut);
         }
     }
+    return std::nullopt;
+}
+
+void Holds::runTimer() {
+    while (auto step = nextTimeout()) tell(std::move(*step));
 }
 
 }  // namespace simulator

@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
+
 #include "simulator/resources.h"
 
 namespace simulator {
@@ -95,20 +97,30 @@ class Holds {
         Hold hold;
         Clock::time_point deadline;  // Clock::time_point::max() for none
     };
-    using Lock = std::unique_lock<std::mutex>;
+    // What the callbacks are told of once the table is unlocked.
+    struct Step {
+        std::optional<Hold> ended;
+        End end = End::kReplaced;
+        std::vector<MirxRequestData> changed;
+    };
 
+    int32_t freeHandle();
     // Takes out what `holder` holds and adds `hold`, either of which may be missing; then calls
-    // back with the lock released.
-    bool replace(Lock& lock, const Holder& holder, std::optional<Hold> hold, End end);
-    std::optional<std::string> effectiveValueLocked(const ResourceKey& key) const;
+    // back. Returns whether a hold has ended.
+    bool change(const Holder& holder, std::optional<Hold> hold, End end) EXCLUDES(mMutex);
+    Step replace(const Holder& holder, std::optional<Hold> hold, End end) REQUIRES(mMutex);
+    void tell(Step step) EXCLUDES(mMutex);
+    std::optional<std::string> effectiveValueLocked(const ResourceKey& key) const REQUIRES(mMutex);
+    // Waits until the time of a hold has run out and ends it. None when the table goes.
+    std::optional<Step> nextTimeout();
     void runTimer();
 
     const Callbacks mCallbacks;
     mutable std::mutex mMutex;
     std::condition_variable mChanged;
-    std::list<Entry> mEntries;  // oldest first
-    int32_t mLastHandle = 0;
-    bool mStopped = false;
+    std::list<Entry> mEntries GUARDED_BY(mMutex);  // oldest first
+    int32_t mLastHandle GUARDED_BY(mMutex) = 0;
+    bool mStopped GUARDED_BY(mMutex) = false;
     std::thread mTimer;
 };
 

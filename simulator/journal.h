@@ -5,6 +5,8 @@
 #include <ostream>
 #include <string>
 
+#include <android-base/thread_annotations.h>
+
 namespace simulator {
 
 // Writes whole lines, each at once. Any thread may use it.
@@ -19,7 +21,7 @@ class Journal {
 
   private:
     std::mutex mMutex;
-    std::ostream& mOut;
+    std::ostream& mOut GUARDED_BY(mMutex);
 };
 
 }  // namespace simulator

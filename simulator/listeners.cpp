@@ -31,23 +31,27 @@ Listeners::~Listeners() {
 
 int32_t Listeners::add(Topic topic, std::set<ResourceKey> keys,
                        const std::shared_ptr<IMirxCallback>& callback) {
-    std::unique_lock lock(mRegistry->mutex);
-    const int32_t handle = ++mLastHandle;
-    auto* const cookie = new Cookie{mRegistry, handle, &mJournal};
-    mRegistry->listeners[handle] = {topic, std::move(keys), callback, cookie};
-    lock.unlock();
+    auto* const cookie = new Cookie{mRegistry, 0, &mJournal};
+    int32_t handle = 0;
+    {
+        std::lock_guard lock(mRegistry->mutex);
+        handle = cookie->handle = ++mRegistry->lastHandle;
+        mRegistry->listeners[handle] = {topic, std::move(keys), callback, cookie};
+    }
     // A process that has died already hears of nothing; the next callback fails.
     AIBinder_linkToDeath(callback->asBinder().get(), mDeathRecipient.get(), cookie);
     return handle;
 }
 
 bool Listeners::remove(Topic topic, int32_t handle) {
-    std::unique_lock lock(mRegistry->mutex);
-    const auto listener = mRegistry->listeners.find(handle);
-    if (listener == mRegistry->listeners.end() || listener->second.topic != topic) return false;
-    const Listener removed = std::move(listener->second);
-    mRegistry->listeners.erase(listener);
-    lock.unlock();
+    Listener removed;
+    {
+        std::lock_guard lock(mRegistry->mutex);
+        const auto listener = mRegistry->listeners.find(handle);
+        if (listener == mRegistry->listeners.end() || listener->second.topic != topic) return false;
+        removed = std::move(listener->second);
+        mRegistry->listeners.erase(listener);
+    }
     AIBinder_unlinkToDeath(removed.callback->asBinder().get(), mDeathRecipient.get(),
                            removed.cookie);
     return true;
@@ -87,19 +91,23 @@ void Listeners::post(Call call) {
     mQueueChanged.notify_all();
 }
 
-void Listeners::runCalls() {
+std::optional<Listeners::Call> Listeners::nextCall() {
     std::unique_lock lock(mQueueMutex);
-    while (true) {
-        mQueueChanged.wait(lock, [this] { return mStopped || !mQueue.empty(); });
-        if (mStopped) return;
-        const Call call = std::move(mQueue.front());
-        mQueue.pop_front();
-        lock.unlock();
-        const bool told = call.callback->onCallback(call.data).isOk();
-        mJournal.line((call.handle == 0 ? "callback completion "
-                                        : StringPrintf("callback handle %d ", call.handle)) +
-                      simulator::describe(call.data) + (told ? "" : " (no answer)"));
-        lock.lock();
+    const android::base::ScopedLockAssertion locked(mQueueMutex);
+    mQueueChanged.wait(lock,
+                       [this]() REQUIRES(mQueueMutex) { return mStopped || !mQueue.empty(); });
+    if (mStopped) return std::nullopt;
+    Call call = std::move(mQueue.front());
+    mQueue.pop_front();
+    return call;
+}
+
+void Listeners::runCalls() {
+    while (const auto call = nextCall()) {
+        const bool told = call->callback->onCallback(call->data).isOk();
+        mJournal.line((call->handle == 0 ? "callback completion "
+                                         : StringPrintf("callback handle %d ", call->handle)) +
+                      simulator::describe(call->data) + (told ? "" : " (no answer)"));
     }
 }
 

@@ -6,12 +6,14 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <aidl/vendor/tavro/hardware/mirx/IMirxCallback.h>
+#include <android-base/thread_annotations.h>
 
 #include "simulator/journal.h"
 #include "simulator/resources.h"
@@ -63,7 +65,8 @@ class Listeners {
     // What a death notice finds its way back by; outlives the listeners if the notice comes late.
     struct Registry {
         std::mutex mutex;
-        std::map<int32_t, Listener> listeners;
+        std::map<int32_t, Listener> listeners GUARDED_BY(mutex);
+        int32_t lastHandle GUARDED_BY(mutex) = 0;
     };
     struct Cookie {
         std::weak_ptr<Registry> registry;
@@ -71,18 +74,19 @@ class Listeners {
         Journal* journal;
     };
 
-    static void onDied(void* cookie);
+    static void onDied(void* data);
     void post(Call call);
+    // Waits for the next call to make. None when the listeners go.
+    std::optional<Call> nextCall();
     void runCalls();
 
     Journal& mJournal;
     std::shared_ptr<Registry> mRegistry = std::make_shared<Registry>();
     ndk::ScopedAIBinder_DeathRecipient mDeathRecipient;
-    int32_t mLastHandle = 0;
     mutable std::mutex mQueueMutex;
     std::condition_variable mQueueChanged;
-    std::deque<Call> mQueue;
-    bool mStopped = false;
+    std::deque<Call> mQueue GUARDED_BY(mQueueMutex);
+    bool mStopped GUARDED_BY(mQueueMutex) = false;
     std::thread mCaller;
 };
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirx.h>
+#include <android-base/thread_annotations.h>
 
 #include "simulator/history.h"
 #include "simulator/holds.h"
@@ -79,7 +80,7 @@ class MirxService : public BnMirx {
     History mHistory;
     Properties mProperties;
     std::mutex mThermalMutex;
-    std::map<int32_t, std::string> mThermalLevels;
+    std::map<int32_t, std::string> mThermalLevels GUARDED_BY(mThermalMutex);
     Listeners mListeners;
     Holds mHolds;  // last: its thread uses the rest
 };

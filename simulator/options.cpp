@@ -30,6 +30,7 @@ std::string readOptions(const std::vector<std::string>& args, Options& options) 
     std::vector<std::string> words = {"mirx-simulator"};
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     const int argc = static_cast<int>(words.size());

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include <android-base/thread_annotations.h>
+
 namespace simulator {
 
 // Any thread may use it.
@@ -24,7 +26,7 @@ class Properties {
 
   private:
     mutable std::mutex mMutex;
-    std::map<std::string, std::string> mValues;
+    std::map<std::string, std::string> mValues GUARDED_BY(mMutex);
 };
 
 }  // namespace simulator

@@ -116,7 +116,7 @@ void Timeline::begin(const Hold& hold) {
 }
 
 void Timeline::end(const Holder& holder, const char* why) {
-    std::erase_if(mOpen, [&](const Slice& slice) {
+    std::erase_if(mOpen, [&](const Slice& slice) REQUIRES(mMutex) {
         if (slice.holder != holder) return false;
         Json::Value end = entry("E", slice.track);
         end["args"]["ended"] = why;

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
 
 #include "simulator/holds.h"
@@ -36,7 +37,7 @@ class Timeline {
     ~Timeline();
 
     // One step of the table of holds; see Holds::Callbacks::onStep.
-    void step(const Hold* ended, End end, const Hold* begun,
+    void step(const Hold* ended, End why, const Hold* begun,
               const std::vector<MirxRequestData>& changed);
 
     // An instant on the track of that name, with details for who selects it.
@@ -56,20 +57,21 @@ class Timeline {
     explicit Timeline(android::base::unique_fd file);
 
     Json::Value entry(const char* phase, int track) const;
-    void begin(const Hold& hold);
-    void end(const Holder& holder, const char* why);
-    void count(const ResourceKey& key, const std::string& value, bool fromTheStart);
-    int freeTrack(const std::string& label);
-    int trackOf(const std::string& name);
-    void write(const Json::Value& entry);
+    void begin(const Hold& hold) REQUIRES(mMutex);
+    void end(const Holder& holder, const char* why) REQUIRES(mMutex);
+    void count(const ResourceKey& key, const std::string& value, bool fromTheStart)
+            REQUIRES(mMutex);
+    int freeTrack(const std::string& label) REQUIRES(mMutex);
+    int trackOf(const std::string& name) REQUIRES(mMutex);
+    void write(const Json::Value& entry) REQUIRES(mMutex);
 
     std::mutex mMutex;
-    android::base::unique_fd mFile;  // closed once nothing more is written
+    android::base::unique_fd mFile GUARDED_BY(mMutex);  // closed once nothing more is written
     const Clock::time_point mStart = Clock::now();
-    const char* mSeparator = "[\n";
-    std::map<std::string, int> mTracks;
-    std::set<ResourceKey> mCounted;
-    std::vector<Slice> mOpen;
+    const char* mSeparator GUARDED_BY(mMutex) = "[\n";
+    std::map<std::string, int> mTracks GUARDED_BY(mMutex);
+    std::set<ResourceKey> mCounted GUARDED_BY(mMutex);
+    std::vector<Slice> mOpen GUARDED_BY(mMutex);
 };
 
 }  // namespace simulator

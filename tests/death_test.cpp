@@ -14,7 +14,6 @@
 #include "tests/support/child_process.h"
 #include "tests/support/test_services.h"
 
-using testing::Contains;
 using testing::HasSubstr;
 
 class DeathTest : public BinderTest {

@@ -2,11 +2,13 @@
 #include <dov/dov.h>
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
 
 #include "tests/support/data.h"
+#include "tests/support/outcome.h"
 #include "tests/support/shown.h"
 #include "tests/support/test_services.h"
 
@@ -30,19 +32,6 @@ LogLine info(const std::string& text) {
 }
 LogLine error(const std::string& text) {
     return {ANDROID_LOG_ERROR, "[DOV_CLIENT]", text};
-}
-
-// The number returned, or what was thrown.
-std::string outcome(const std::function<int32_t()>& query) {
-    try {
-        return std::to_string(query());
-    } catch (const std::bad_optional_access&) {
-        return "no value";
-    } catch (const std::invalid_argument&) {
-        return "no number";
-    } catch (const std::out_of_range&) {
-        return "out of range";
-    }
 }
 
 Lines operator+(Lines lines, const Lines& more) {

@@ -177,11 +177,11 @@ TEST_F(RestartTest, nothingHangsAndNothingGrows) {
     if (!kMemoryTells) return;
     // What threads keep for their next allocation counts as in use. Were an object left behind by
     // each kill, it would be more.
-    EXPECT_LT(after.heap, before.heap + 64 * 1024);
+    EXPECT_LT(after.heap, before.heap + size_t{64} * 1024);
     // The C library keeps the stacks of as many threads as there were at once. An emulator's memory
     // is not the program's: it keeps some for each thread that there ever was.
     if (getenv("DOV_EMULATOR") == nullptr) {
-        EXPECT_LT(after.resident, before.resident + 16 * 1024 * 1024);
+        EXPECT_LT(after.resident, before.resident + size_t{16} * 1024 * 1024);
     }
 }
 

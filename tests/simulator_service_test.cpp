@@ -32,7 +32,7 @@ class Callback : public BnMirxCallback {
 
   private:
     std::mutex mMutex;
-    std::vector<std::string> mHeard;
+    std::vector<std::string> mHeard GUARDED_BY(mMutex);
 };
 
 MirxRequestParcel parcel(int32_t requestType, std::vector<MirxRequestData> data) {

@@ -82,8 +82,8 @@ class HoldsTest : public testing::Test {
     static Holder request(int32_t handle) { return {Holder::kRequest, handle}; }
 
     std::mutex mMutex;
-    std::vector<Ended> mEnded;
-    std::vector<MirxRequestData> mChanges;
+    std::vector<Ended> mEnded GUARDED_BY(mMutex);
+    std::vector<MirxRequestData> mChanges GUARDED_BY(mMutex);
     Holds holds{{.onEnd =
                          [this](const Hold& hold, End end) {
                              std::lock_guard lock(mMutex);

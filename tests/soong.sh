@@ -13,7 +13,7 @@ complain() { printf '%s\n' "$*" >&2; failed=1; }
 linux_folders='^(host|bench|fuzz)/'
 linux_targets='/(binder_tests|test_support|test-relay|public_types|exit_program|soak|fuzzed)\.dir/'
 # Modules of the platform that ours may name.
-platform=(libbase libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libtinyxml2 libutils vendor.tavro.hardware.mirx-V1-ndk)
+platform=(libbase libbase_headers libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libtinyxml2 libutils vendor.tavro.hardware.mirx-V1-ndk)
 
 bpfmt -l "${files[@]}" > "$work/unformatted" 2> "$work/errors" || true
 [ ! -s "$work/errors" ] || complain "bpfmt cannot read them: $(cat "$work/errors")"

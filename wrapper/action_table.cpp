@@ -5,8 +5,8 @@
 
 static std::vector<std::string> allNames() {
     std::vector<std::string> names;
-    names.reserve(dovwrapper::kActionIndex.size());
-    for (size_t id = 0; id < dovwrapper::kActionIndex.size(); ++id) {
+    names.reserve(dovwrapper::ActionIndex::size());
+    for (size_t id = 0; id < dovwrapper::ActionIndex::size(); ++id) {
         names.emplace_back(dovwrapper::kActionIndex.name(id));
     }
     return names;

@@ -72,6 +72,8 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
 
 }  // namespace
 
+// NOLINTBEGIN(performance-unnecessary-value-param): callers are compiled against these signatures.
+
 int32_t DovEventAcquireWrapper(std::string eventId, std::string scene, std::string identity,
                                int32_t timeout) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
@@ -94,3 +96,5 @@ int32_t DovNotifyWapper(std::string name, int32_t src, int32_t type, int32_t lev
     sendScene(src, type, level, std::move(data));
     return 0;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)

@@ -18,14 +18,14 @@ extern "C" [[gnu::used]] const int32_t dovOpcodes[] = {
 
 // Makes `name` an array in its own right, of `length` entries of dovOpcodes from `first` on. C++
 // has no such thing, the assembler has.
-#define OPCODE_TABLE(name, table, first, length)            \
-    static_assert(dovwrapper::table == first);              \
-    static_assert(std::size(name) == length);               \
-    static_assert(first + length <= std::size(dovOpcodes)); \
-    __asm__(".globl " #name "; .type " #name                \
-            ", %object; "                                   \
-            ".set " #name ", dovOpcodes + 4 * " #first      \
-            "; "                                            \
+#define OPCODE_TABLE(name, table, first, length)                \
+    static_assert(dovwrapper::table == (first));                \
+    static_assert(std::size(name) == (length));                 \
+    static_assert((first) + (length) <= std::size(dovOpcodes)); \
+    __asm__(".globl " #name "; .type " #name                    \
+            ", %object; "                                       \
+            ".set " #name ", dovOpcodes + 4 * " #first          \
+            "; "                                                \
             ".size " #name ", 4 * " #length)
 
 OPCODE_TABLE(opCodeTargetLoad, kTargetLoad, 0, 3);

@@ -60,6 +60,8 @@ namespace stringUtils {
 
 const char* WHITESPACE = " \n\r\t";
 
+// NOLINTBEGIN(performance-unnecessary-value-param): callers are compiled against these signatures.
+
 bool contains(std::string s, std::string sub) {
     return s.find(sub) != std::string::npos;
 }
@@ -94,5 +96,7 @@ std::vector<std::string> split(const std::string& s, std::string delimiters) {
     while (const auto piece = pieces.next()) result.emplace_back(*piece);
     return result;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace stringUtils

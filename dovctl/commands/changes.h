@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
 #include <dov/ClientCallback.h>
 
 #include "dovctl/output.h"
@@ -37,7 +38,8 @@ class Changes : public IClientCallback, public IClientCallbackByPath {
     // Waits until the service has called back, five seconds at the most. Returns whether it has.
     bool waitForFirst() {
         std::unique_lock lock(mMutex);
-        return mCalled.wait_for(lock, std::chrono::seconds(5), [this] { return mCalls > 0; });
+        const auto called = [this]() REQUIRES(mMutex) { return mCalls > 0; };
+        return mCalled.wait_for(lock, std::chrono::seconds(5), called);
     }
 
   private:
@@ -53,7 +55,7 @@ class Changes : public IClientCallback, public IClientCallbackByPath {
     const Arguments mArguments;
     std::mutex mMutex;
     std::condition_variable mCalled;
-    int mCalls = 0;
+    int mCalls GUARDED_BY(mMutex) = 0;
 };
 
 }  // namespace dovctl

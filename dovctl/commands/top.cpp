@@ -153,9 +153,7 @@ ExitCode printOnce(Session& session, const Arguments& arguments) {
         return kNoService;
     }
     if (arguments.has(kJson.name)) {
-        Json::StreamWriterBuilder writer;
-        writer["indentation"] = "";
-        session.console.print(Json::writeString(writer, state->json));
+        session.console.print(written(state->json));
         return kDone;
     }
     for (const std::string& line : linesOf(*state, arguments.has("all"))) {

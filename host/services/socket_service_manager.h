@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 
+#include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
 #include <binder/IServiceManager.h>
 #include <binder/RpcServer.h>
@@ -94,9 +95,9 @@ class SocketServiceManager : public android::IServiceManager {
 
     const std::string mFolder;
     mutable std::mutex mMutex;
-    std::map<std::string, Served> mServed;
-    mutable std::map<std::string, Connected> mConnected;
-    int mSockets = 0;
+    std::map<std::string, Served> mServed GUARDED_BY(mMutex);
+    mutable std::map<std::string, Connected> mConnected GUARDED_BY(mMutex);
+    int mSockets GUARDED_BY(mMutex) = 0;
 };
 
 }  // namespace hostbinder

@@ -22,10 +22,11 @@ void addInstancesOfHal(const tinyxml2::XMLElement& hal, std::set<std::string>& i
     }
     for (auto* interface = hal.FirstChildElement("interface"); interface != nullptr;
          interface = interface->NextSiblingElement("interface")) {
-        const std::string name = textOf(interface->FirstChildElement("name"));
+        const std::string prefix =
+                package + "." + textOf(interface->FirstChildElement("name")) + "/";
         for (auto* instance = interface->FirstChildElement("instance"); instance != nullptr;
              instance = instance->NextSiblingElement("instance")) {
-            instances.insert(package + "." + name + "/" + textOf(instance));
+            instances.insert(prefix + textOf(instance));
         }
     }
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <unordered_map>
 
+#include <android-base/thread_annotations.h>
+
 namespace soak {
 
 // Calls are told apart by a number that each carries to the service. Any thread may use it.
@@ -38,13 +40,14 @@ class Ledger {
     };
     using Results = std::unordered_map<int, std::string>;
 
-    void compare(int n, const Call& call, const std::string& received);
+    void compare(int n, const Call& call, const std::string& received) REQUIRES(mMutex);
 
     mutable std::mutex mMutex;
-    std::unordered_map<int, Call> mAnswered;  // not found in the journal yet
-    Results mReceived;  // whose callers do not know the outcome yet
-    std::unordered_map<int, Call> mFailed, mFailedBefore;
-    std::string mDisagreements;
+    std::unordered_map<int, Call> mAnswered GUARDED_BY(mMutex);  // not found in the journal yet
+    Results mReceived GUARDED_BY(mMutex);  // whose callers do not know the outcome yet
+    std::unordered_map<int, Call> mFailed GUARDED_BY(mMutex);
+    std::unordered_map<int, Call> mFailedBefore GUARDED_BY(mMutex);
+    std::string mDisagreements GUARDED_BY(mMutex);
     std::atomic<int> mAgreed = 0;
 };
 

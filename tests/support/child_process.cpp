@@ -35,6 +35,7 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     std::vector<std::string> words = commandLine(program);
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
@@ -60,7 +61,7 @@ std::string ChildProcess::readUntil(const std::string& prefix) {
     while (true) {
         for (size_t lineEnd = mUnread.find('\n'); lineEnd != std::string::npos;
              lineEnd = mUnread.find('\n')) {
-            const std::string line = mUnread.substr(0, lineEnd);
+            std::string line = mUnread.substr(0, lineEnd);
             mUnread.erase(0, lineEnd + 1);
             if (line.starts_with(prefix)) return line;
         }

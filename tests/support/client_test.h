@@ -3,6 +3,7 @@
 
 #include <dov/halclient.h>
 
+#include <android-base/thread_annotations.h>
 #include <gmock/gmock.h>
 
 #include "tests/support/data.h"
@@ -32,7 +33,7 @@ class Heard : public IClientCallback {
 
   private:
     std::mutex mMutex;
-    std::vector<OpcodesAndValues> mCalls;
+    std::vector<OpcodesAndValues> mCalls GUARDED_BY(mMutex);
 };
 
 // Keeps what it is told: (values, paths) for each call.
@@ -45,7 +46,7 @@ class HeardByPath : public IClientCallbackByPath {
 
   private:
     std::mutex mMutex;
-    std::vector<Call> mCalls;
+    std::vector<Call> mCalls GUARDED_BY(mMutex);
 };
 
 class ClientTest : public BinderTest {

@@ -8,11 +8,13 @@
 #include <string_view>
 #include <utility>
 
+#include <android-base/thread_annotations.h>
+
 namespace {
 
 // Never destroyed: binder threads and the library's own destructors log while the process ends.
 std::mutex& gMutex = *new std::mutex;
-std::vector<LogLine>& gLines = *new std::vector<LogLine>;
+std::vector<LogLine>& gLines GUARDED_BY(gMutex) = *new std::vector<LogLine>;
 
 constexpr std::array<std::string_view, 4> kLibraryTags = {"MIRXFramework-lib-vendor",
                                                           "MirxFramework-lib-vendor",

@@ -4,11 +4,12 @@
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
-#include <stdexcept>
 
 #include <dov/DovWrapper.h>
 #include <dov/dov.h>
 #include <dov/halclient.h>
+
+#include "tests/support/outcome.h"
 
 using namespace mirxHalclient;
 
@@ -33,20 +34,6 @@ std::string path(int n) {
 
 std::string text(int result) {
     return std::to_string(result);
-}
-
-// What a query returned or threw; it may throw what its header says and nothing else.
-template <typename Query>
-std::string outcome(Query query) {
-    try {
-        return std::to_string(query());
-    } catch (const std::bad_optional_access&) {
-        return "no value";
-    } catch (const std::invalid_argument&) {
-        return "no number";
-    } catch (const std::out_of_range&) {
-        return "out of range";
-    }
 }
 
 thread_local int gRegistered = -1;

@@ -19,7 +19,9 @@ void RecordingService::whenCalled(std::function<void(const std::string&)> hook) 
 
 RecordedCall RecordingService::awaitCall() {
     std::unique_lock lock(mMutex);
-    if (!mRecorded.wait_for(lock, std::chrono::seconds(10), [this] { return !mCalls.empty(); })) {
+    const android::base::ScopedLockAssertion locked(mMutex);
+    const auto hasCome = [this]() REQUIRES(mMutex) { return !mCalls.empty(); };
+    if (!mRecorded.wait_for(lock, std::chrono::seconds(10), hasCome)) {
         throw std::runtime_error("no call came within ten seconds");
     }
     RecordedCall call = std::move(mCalls.front());
@@ -29,10 +31,12 @@ RecordedCall RecordingService::awaitCall() {
 
 ScopedAStatus RecordingService::record(RecordedCall call) {
     const std::string operation = call.operation;
-    std::unique_lock lock(mMutex);
-    mCalls.push_back(std::move(call));
-    const auto hook = mHook;
-    lock.unlock();
+    std::function<void(const std::string&)> hook;
+    {
+        std::lock_guard lock(mMutex);
+        mCalls.push_back(std::move(call));
+        hook = mHook;
+    }
     mRecorded.notify_all();
     if (hook) hook(operation);
     return failing ? ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE) : ScopedAStatus::ok();

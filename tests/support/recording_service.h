@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirx.h>
+#include <android-base/thread_annotations.h>
 
 using aidl::vendor::tavro::hardware::mirx::BnMirx;
 using aidl::vendor::tavro::hardware::mirx::IMirxCallback;
@@ -72,6 +73,6 @@ class RecordingService : public BnMirx {
 
     std::mutex mMutex;
     std::condition_variable mRecorded;
-    std::vector<RecordedCall> mCalls;
-    std::function<void(const std::string&)> mHook;
+    std::vector<RecordedCall> mCalls GUARDED_BY(mMutex);
+    std::function<void(const std::string&)> mHook GUARDED_BY(mMutex);
 };
