@@ -23,7 +23,7 @@ void check(const Parcelable& received) {
     if (received.writeToParcel(parcel.get()) != STATUS_OK) std::abort();
     AParcel_setDataPosition(parcel.get(), 0);
     if (again.readFromParcel(parcel.get()) != STATUS_OK) std::abort();
-    if (again.toString() != received.toString()) std::abort();
+    if (again != received) std::abort();
     if (simulator::describe({received}).find('\n') != std::string::npos) std::abort();
 }
 

@@ -337,3 +337,20 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
         }
     }
 }
+
+// A connection that is cut while it is made ends neither side, wherever that happens: here every byte
+// of a look-up is the last one.
+TEST_F(HostileTest, aConnectionMayEndWhileItIsMade) {
+    const std::string registration = hostbinder::registrationPath(folder(), kServiceName);
+    const auto connecting = [&](size_t bytes) {
+        CutConnection connection(registration, bytes, [] {});
+        android::defaultServiceManager()->checkService(android::String16(kServiceName));
+        return connection.passed();
+    };
+    const size_t all = connecting(SIZE_MAX);
+    EXPECT_GT(all, 300u);
+    for (size_t bytes = 0; bytes < all; ++bytes) {
+        serve();
+        EXPECT_EQ(connecting(bytes), bytes);
+    }
+}

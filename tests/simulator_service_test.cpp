@@ -42,6 +42,16 @@ MirxRequestParcel parcel(int32_t requestType, std::vector<MirxRequestData> data)
     return parcel;
 }
 
+// Says when it has ended: bases end in the opposite order.
+struct End {
+    std::atomic<bool>& ended;
+    ~End() { ended = true; }
+};
+struct Simulated : private End, public simulator::MirxService {
+    Simulated(std::atomic<bool>& ended, simulator::Journal& journal)
+        : End{ended}, MirxService(journal) {}
+};
+
 constexpr int32_t kFloor = 0x01010010;
 
 }  // namespace
@@ -54,8 +64,10 @@ class SimulatorServiceTest : public BinderTest {
     }
     ~SimulatorServiceTest() override {
         mirx.reset();
-        // Calls that are under way end before the journal does.
         stopServing();
+        // The transport lets go of the service a moment later. It ends before its journal does.
+        simulated.reset();
+        eventually([this] { return ended.load(); });
     }
 
     int32_t request(const MirxRequestParcel& parcel) {
@@ -79,10 +91,11 @@ class SimulatorServiceTest : public BinderTest {
         return handle;
     }
 
+    std::atomic<bool> ended = false;
     std::ostringstream printed;
     simulator::Journal journal{printed};
     std::shared_ptr<simulator::MirxService> simulated =
-            ndk::SharedRefBase::make<simulator::MirxService>(journal);
+            ndk::SharedRefBase::make<Simulated>(ended, journal);
     std::shared_ptr<IMirx> mirx;
 };
 
