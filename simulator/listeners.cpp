@@ -27,6 +27,11 @@ Listeners::~Listeners() {
     }
     mQueueChanged.notify_all();
     mCaller.join();
+    // A notice of death that is under way ends first, and later ones find nobody: the journal may
+    // go.
+    std::unique_lock lock(mRegistry->mutex);
+    const auto forgotten = std::exchange(mRegistry->listeners, {});
+    lock.unlock();
 }
 
 int32_t Listeners::add(Topic topic, std::set<ResourceKey> keys,
