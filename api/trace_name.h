@@ -31,7 +31,8 @@ class TraceName {
 
     // Begins and at once ends a section with this name, if tracing is on: it marks the call, it
     // does not span it.
-    void mark() const {
+    void mark() {
+        mText[mLength] = '\0';
         atrace_begin(ATRACE_TAG_ALWAYS, mText.data());
         atrace_end(ATRACE_TAG_ALWAYS);
     }
@@ -39,7 +40,7 @@ class TraceName {
   private:
     static constexpr size_t kMaxLength = 1022;
 
-    std::array<char, 1024> mText{};
+    std::array<char, kMaxLength + 1> mText;  // the rest of it is never looked at
     size_t mLength = 0;
 };
 
