@@ -62,7 +62,7 @@ void dropDovHal(const char* name) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s() failed : mirx HAL service not available",
                         name);
     std::lock_guard lock(g_dov_hal_mutex);
-    g_dov_hal.reset();
+    dropLinked(g_dov_hal);
 }
 
 }  // namespace dov

@@ -46,7 +46,7 @@ void dropMirxHal(const char* failureName) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s() failed: mirx HAL service not available",
                         failureName);
     std::lock_guard lock(g_mirx_hal_mutex);
-    g_mirx_hal.reset();
+    dropLinked(g_mirx_hal);
 }
 
 }  // namespace mirxHalclient::internal

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include <binder/IPCThreadState.h>
+
 namespace dovcommon {
 namespace {
 
@@ -28,6 +30,14 @@ binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
     const binder_status_t status = AIBinder_linkToDeath(binder.get(), link.recipient, link.cookie);
     release(earlier);
     return status;
+}
+
+void dropLinked(std::shared_ptr<IMirx>& hal) {
+    hal.reset();
+    // What libbinder has to say of a proxy that goes - nobody waits for its death any more - stays
+    // with this thread until its next call. The driver would take it for the link that another
+    // thread has made meanwhile: its death would not be heard of, its memory never freed.
+    if (auto* thread = android::IPCThreadState::selfOrNull()) thread->flushCommands();
 }
 
 }  // namespace dovcommon

@@ -1,6 +1,8 @@
 // One binding's link to the death of its service.
 #pragma once
 
+#include <memory>
+
 #include <android/binder_ibinder.h>
 
 #include "common/service.h"
@@ -22,5 +24,9 @@ struct DeathLink {
 // Returns what AIBinder_linkToDeath returned; STATUS_OK on success. Does not call the service.
 binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
                             AIBinder_DeathRecipient_onBinderDied onDied);
+
+// Empties `hal`, a proxy that is linked to death, and has the driver know it before another thread
+// binds. The caller has locked its binding exclusively. Does not call the service.
+void dropLinked(std::shared_ptr<IMirx>& hal);
 
 }  // namespace dovcommon

@@ -172,6 +172,19 @@ TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
     }
 }
 
+// The driver hears of what a thread has let go in the order in which threads speak to it.
+TEST_F(BindingTest, whatOneThreadHasDroppedAnotherMayBind) {
+    ASSERT_EQ(dovInit(), 0);
+    service->failing = true;
+    EXPECT_EQ(dovInit(), -2);
+    service->failing = false;
+    std::thread([] { EXPECT_EQ(dovInit(), 0); }).join();
+    EXPECT_EQ(dovInit(), 0);
+    log.take();
+    stopServing();
+    EXPECT_TRUE(eventually([this] { return !log.take().empty(); })) << "nobody heard of its death";
+}
+
 TEST_F(BindingTest, threadsThatFindNothingBoundBindOnce) {
     stopServing();
     std::vector<std::thread> callers;
