@@ -1,12 +1,18 @@
 // One binding's link to the death of its service.
 #include "common/death_link.h"
 
+#include <mutex>
 #include <utility>
 
 #include <binder/IPCThreadState.h>
 
 namespace dovcommon {
 namespace {
+
+// Both bindings have the same proxy, and its memory of whom to tell of the service's death. What the
+// driver is told when they drop it and when they link it must come to the driver in that order, from
+// whichever threads. Taken last and held for no call.
+[[clang::no_destroy]] constinit std::mutex gLinks;
 
 void release(const DeathLink& link) {
     if (link.recipient == nullptr) return;
@@ -25,6 +31,7 @@ void release(const DeathLink& link) {
 binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
                             AIBinder_DeathRecipient_onBinderDied onDied) {
     const ndk::SpAIBinder binder = hal.asBinder();
+    std::lock_guard lock(gLinks);
     const DeathLink earlier = std::exchange(link, DeathLink{AIBinder_DeathRecipient_new(onDied),
                                                             AIBinder_Weak_new(binder.get()), &hal});
     const binder_status_t status = AIBinder_linkToDeath(binder.get(), link.recipient, link.cookie);
@@ -33,6 +40,7 @@ binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
 }
 
 void dropLinked(std::shared_ptr<IMirx>& hal) {
+    std::lock_guard lock(gLinks);
     hal.reset();
     // What libbinder has to say of a proxy that goes - nobody waits for its death any more - stays
     // with this thread until its next call. The driver would take it for the link that another
