@@ -92,6 +92,20 @@ TEST_F(ServicesTest, aSecondRegistrationTakesThePlaceOfTheFirst) {
     EXPECT_TRUE(service->take().empty());
 }
 
+TEST_F(ServicesTest, aServiceThatIsWithdrawnAtOnceIsNotServedForEver) {
+    const auto threads = [] {
+        const std::filesystem::directory_iterator entries("/proc/self/task");
+        return std::distance(begin(entries), end(entries));
+    };
+    stopServing();
+    const auto before = threads();
+    for (int i = 0; i < 20; ++i) {
+        serve();
+        stopServing();
+    }
+    EXPECT_TRUE(eventually([&] { return threads() <= before; })) << threads() - before;
+}
+
 TEST_F(ServicesTest, foldersThatOthersCouldUseAreRefused) {
     const std::string folder = BinderTest::folder() + "/inner";
     std::string error;

@@ -13,6 +13,8 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <thread>
+#include <utility>
 
 #include <android/log.h>
 #include <binder/RpcSession.h>
@@ -86,7 +88,8 @@ status_t SocketServiceManager::addService(const String16& name, const sp<IBinder
         logError(instance, "no VINTF manifest fragment in " + mFolder + " declares it");
         return android::PERMISSION_DENIED;
     }
-    std::lock_guard lock(mMutex);
+    std::unique_lock lock(mMutex);
+    const android::base::ScopedLockAssertion locked(mMutex);
     const std::string path = registrationPath(mFolder, instance);
     Served served;
     served.socket = path + "." + std::to_string(getpid()) + "." + std::to_string(++mSockets);
@@ -112,27 +115,29 @@ status_t SocketServiceManager::addService(const String16& name, const sp<IBinder
     if (!served.registration.ok()) {
         const int error = errno;
         logError(path, std::strerror(error));
-        end(instance, served);
+        end(served);
         return -error;
     }
-    if (const auto before = mServed.find(instance); before != mServed.end())
-        end(instance, before->second);
-    mServed[instance] = std::move(served);
+    std::swap(mServed[instance], served);
+    lock.unlock();
+    if (served.server != nullptr) end(served);  // what the name stood for before
     return android::OK;
 }
 
 void SocketServiceManager::removeService(const String16& name) {
-    std::lock_guard lock(mMutex);
-    const auto served = mServed.find(utf8(name));
-    if (served == mServed.end()) return;
-    unlink(registrationPath(mFolder, served->first).c_str());
-    end(served->first, served->second);
-    mServed.erase(served);
+    std::unique_lock lock(mMutex);
+    const android::base::ScopedLockAssertion locked(mMutex);
+    auto served = mServed.extract(utf8(name));
+    if (served.empty()) return;
+    unlink(registrationPath(mFolder, served.key()).c_str());
+    lock.unlock();
+    end(served.mapped());
 }
 
-void SocketServiceManager::end(const std::string& name, Served& served) const {
+void SocketServiceManager::end(Served& served) {
     served.registration.reset();
-    if (!served.server->shutdown()) logError(name, "was not being served");
+    // Before its thread runs a server cannot be shut down, and after that it would run for ever.
+    while (!served.server->shutdown()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     unlink(served.socket.c_str());
 }
 

@@ -90,7 +90,9 @@ class SocketServiceManager : public android::IServiceManager {
         ino_t inode;
     };
 
-    void end(const std::string& name, Served& served) const;
+    // Waits for the calls that are being served; they may ask this service manager meanwhile, so
+    // not to be called with mMutex held once the service can be found.
+    static void end(Served& served);
     android::sp<android::IBinder> waitFor(const android::String16& name, int milliseconds) const;
 
     const std::string mFolder;
