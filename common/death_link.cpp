@@ -9,9 +9,9 @@
 namespace dovcommon {
 namespace {
 
-// Both bindings have the same proxy, and its memory of whom to tell of the service's death. What the
-// driver is told when they drop it and when they link it must come to the driver in that order, from
-// whichever threads. Taken last and held for no call.
+// Both bindings have the same proxy, and its memory of whom to tell of the service's death. What
+// the driver is told when they drop it and when they link it must come to the driver in that order,
+// from whichever threads. Taken last and held for no call.
 [[clang::no_destroy]] constinit std::mutex gLinks;
 
 void release(const DeathLink& link) {

@@ -338,8 +338,8 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
     }
 }
 
-// A connection that is cut while it is made ends neither side, wherever that happens: here every byte
-// of a look-up is the last one.
+// A connection that is cut while it is made ends neither side, wherever that happens: here every
+// byte of a look-up is the last one.
 TEST_F(HostileTest, aConnectionMayEndWhileItIsMade) {
     const std::string registration = hostbinder::registrationPath(folder(), kServiceName);
     const auto connecting = [&](size_t bytes) {

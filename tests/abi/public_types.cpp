@@ -1,4 +1,5 @@
-// Leads to the types that callers use or derive from, also to those that the library itself only points to.
+// Leads to the types that callers use or derive from, also to those that the library itself only
+// points to.
 #include <dov/ClientCallback.h>
 
 extern "C" void dovPublicTypes(DovClient::Resource& /*resource*/, IClientCallback& /*callback*/,
