@@ -67,7 +67,7 @@ class SimulatorServiceTest : public BinderTest {
         stopServing();
         // The transport lets go of the service a moment later. It ends before its journal does.
         simulated.reset();
-        eventually([this] { return ended.load(); });
+        EXPECT_TRUE(eventually([this] { return ended.load(); }));
     }
 
     int32_t request(const MirxRequestParcel& parcel) {

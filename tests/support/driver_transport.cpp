@@ -10,6 +10,8 @@
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <binder/Binder.h>
+#include <binder/IServiceManager.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/child_process.h"
@@ -59,6 +61,9 @@ class DriverTransport : public Transport {
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
+        // It cannot be asked to forget a service, and would keep the test's object.
+        android::defaultServiceManager()->addService(android::String16(kBehindRelay),
+                                                     android::sp<android::BBinder>::make());
     }
 
   private:
