@@ -27,7 +27,7 @@ static void onDovDied(void* /*cookie*/) {
     const ExitGate::Pass pass(g_dov_gate);
     if (!pass) return;
     std::lock_guard lock(g_dov_hal_mutex);
-    g_dov_hal.reset();
+    dropLinked(g_dov_hal);
     logError("Mirx HAL Service died");
 }
 

@@ -13,7 +13,7 @@ static void onMirxDied(void* /*cookie*/) {
     const ExitGate::Pass pass(g_mirx_gate);
     if (!pass) return;
     std::lock_guard lock(g_mirx_hal_mutex);
-    g_mirx_hal.reset();
+    dropLinked(g_mirx_hal);
     logError("Mirx HAL Service died");
 }
 
