@@ -2,8 +2,6 @@
 #include <dov/dov.h>
 #include <dov/halclient.h>
 
-#include <filesystem>
-#include <fstream>
 #include <latch>
 #include <thread>
 
@@ -12,6 +10,7 @@
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
 
+#include "tests/support/holdings.h"
 #include "tests/support/test_services.h"
 
 using testing::Contains;
@@ -299,27 +298,16 @@ TEST_F(BindingTest, thousandsOfBindingsLeaveNothingBehind) {
             log.take();
         }
     };
-    const auto residentKilobytes = [] {
-        std::ifstream status("/proc/self/status");
-        for (std::string line; std::getline(status, line);) {
-            if (line.starts_with("VmRSS:")) return std::stol(line.substr(6));
-        }
-        return 0L;
-    };
-    const auto descriptors = [] {
-        const std::filesystem::directory_iterator fds("/proc/self/fd");
-        return std::distance(begin(fds), end(fds));
-    };
     rebind(1000);
     // In an emulated machine each takes milliseconds.
     const int times = overDriver() ? 2000 : 10000;
-    [[maybe_unused]] const long memory = residentKilobytes();
-    const auto fds = descriptors();
+    const Holdings before;
     rebind(times);
+    const Holdings after;
 #if !__has_feature(address_sanitizer)  // it keeps what is freed, and looks for leaks itself
-    EXPECT_LT(residentKilobytes() - memory, 256);
+    EXPECT_LT(after.resident, before.resident + size_t{256} * 1024);
 #endif
-    EXPECT_EQ(descriptors(), fds);
+    EXPECT_EQ(after.descriptors, before.descriptors);
     ASSERT_EQ(dovInit(), 0);
     log.take();
     endService(2);

@@ -3,16 +3,12 @@
 #include <dov/dov.h>
 #include <dov/halclient.h>
 
-#include <malloc.h>
-
 #include <atomic>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <random>
 #include <thread>
 
+#include "tests/support/holdings.h"
 #include "tests/support/test_services.h"
 
 using namespace mirxHalclient;
@@ -37,33 +33,6 @@ constexpr unsigned kEmulatedLife = 400'000;
 // takes longer.
 bool emulated() {
     return overDriver() || getenv("DOV_EMULATOR") != nullptr;
-}
-
-size_t entriesOf(const char* folder) {
-    const std::filesystem::directory_iterator entries(folder);
-    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
-}
-
-// What a process that lives for months must not collect.
-struct Holdings {
-    size_t descriptors = entriesOf("/proc/self/fd");
-    size_t threads = entriesOf("/proc/self/task");
-    size_t heap = mallinfo2().uordblks;
-    size_t resident = residentBytes();
-    int deathRecipients = platformSeam().deathRecipients;
-
-    static size_t residentBytes() {
-        malloc_trim(0);
-        size_t pages = 0;
-        std::ifstream("/proc/self/statm").ignore(64, ' ') >> pages;
-        return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    }
-};
-
-std::ostream& operator<<(std::ostream& out, const Holdings& h) {
-    return out << h.descriptors << " descriptors, " << h.threads << " threads, " << h.heap / 1024
-               << " KiB in use on the heap, " << h.resident / 1024 << " KiB resident, "
-               << h.deathRecipients << " death recipients";
 }
 
 struct Counting : public IClientCallback {
@@ -175,10 +144,9 @@ TEST_F(RestartTest, nothingHangsAndNothingGrows) {
     EXPECT_GT(mAnswered, kills / 10);
     EXPECT_GT(mCallback->calls, kills / 10);
     if (!kMemoryTells) return;
-    // Were an object left behind by each kill, it would be more. Without the setting that the tests
-    // are run with, threads keep memory for their next allocation.
-    const bool exact = getenv("GLIBC_TUNABLES") != nullptr;
-    const size_t kept = exact ? size_t{64} * static_cast<size_t>(kills - kills / 5) : 64 * 1024;
+    // Were an object left behind by each kill, it would be more.
+    const auto later = static_cast<size_t>(kills - kills / 5);
+    const size_t kept = heapIsExact() ? 64 * later : size_t{64} * 1024;
     EXPECT_LT(after.heap, before.heap + kept);
     // The C library keeps the stacks of as many threads as there were at once. An emulator's memory
     // is not the program's: it keeps some for each thread that there ever was.

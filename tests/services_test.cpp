@@ -11,6 +11,7 @@
 #include <android/binder_manager.h>
 
 #include "host/services/socket_service_manager.h"
+#include "tests/support/holdings.h"
 #include "tests/support/test_services.h"
 
 using android::String16;
@@ -93,17 +94,13 @@ TEST_F(ServicesTest, aSecondRegistrationTakesThePlaceOfTheFirst) {
 }
 
 TEST_F(ServicesTest, aServiceThatIsWithdrawnAtOnceIsNotServedForEver) {
-    const auto threads = [] {
-        const std::filesystem::directory_iterator entries("/proc/self/task");
-        return std::distance(begin(entries), end(entries));
-    };
     stopServing();
-    const auto before = threads();
+    const Holdings before;
     for (int i = 0; i < 20; ++i) {
         serve();
         stopServing();
     }
-    EXPECT_TRUE(eventually([&] { return threads() <= before; })) << threads() - before;
+    EXPECT_TRUE(eventually([&] { return Holdings().threads <= before.threads; })) << Holdings();
 }
 
 TEST_F(ServicesTest, foldersThatOthersCouldUseAreRefused) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <random>
 #include <shared_mutex>
 #include <thread>
@@ -17,9 +18,9 @@
 
 #include "host/services/socket_service_manager.h"
 #include "tests/soak/ledger.h"
-#include "tests/soak/resources.h"
 #include "tests/soak/watchdog.h"
 #include "tests/support/child_process.h"
+#include "tests/support/holdings.h"
 #include "tests/support/operations.h"
 
 namespace {
@@ -124,17 +125,17 @@ class Soak {
 
     // What the process has while both bindings are bound to a new service and nothing goes on. The
     // transport's threads end a moment after their connections.
-    soak::Resources measure() {
+    Holdings measure() {
         const std::unique_lock idle(mRunning);
         const long kills = counts.kills;
         while (counts.kills == kills) std::this_thread::sleep_for(1ms);
         mPaused = true;
-        soak::Resources least;
+        Holdings least;
         for (int settled = 0; settled < 20;) {
             if (dovInit() != 0) continue;
             mirxHalclient::mirx_init();
             std::this_thread::sleep_for(20ms);
-            const soak::Resources now = soak::Resources::now();
+            const Holdings now;
             const bool same = now.descriptors == least.descriptors && now.threads == least.threads;
             settled = same ? settled + 1 : 0;
             least = now;
@@ -152,9 +153,9 @@ class Soak {
         }
         callers.emplace_back([this] { listen(kThreads); });
         std::this_thread::sleep_until(start + time / 5);  // until all that is made once is made
-        const soak::Resources before = measure();
+        const Holdings before = measure();
         std::this_thread::sleep_until(start + time);
-        const soak::Resources after = measure();
+        const Holdings after = measure();
         mCallsDone = true;
         for (std::thread& caller : callers) caller.join();
         mServicesDone = true;
@@ -163,18 +164,18 @@ class Soak {
     }
 
   private:
-    int report(const soak::Resources& before, const soak::Resources& after) const {
-        std::printf(
-                "%ld calls, %ld answered, of which the journal shows %d; %ld callbacks heard; "
-                "the service was killed %ld times\nafter a fifth: %s\nat the end:    %s\n",
-                counts.calls.load(), counts.answered.load(), mLedger.agreed(), counts.heard.load(),
-                counts.kills.load(), before.text().c_str(), after.text().c_str());
+    int report(const Holdings& before, const Holdings& after) const {
+        std::cout << counts.calls << " calls, " << counts.answered
+                  << " answered, of which the journal shows " << mLedger.agreed() << "; "
+                  << counts.heard << " callbacks heard; the service was killed " << counts.kills
+                  << " times\nafter a fifth: " << before << "\nat the end:    " << after
+                  << std::endl;
         const std::string disagreements = mLedger.disagreements();
         bool good = disagreements.empty() && mLedger.agreed() > 0 && counts.heard > 0;
         if (!disagreements.empty()) {
             std::printf("callers and service disagree:\n%.4000s", disagreements.c_str());
         }
-        const auto grown = [&](const char* what, long from, long to, long allowed) {
+        const auto grown = [&](const char* what, size_t from, size_t to, size_t allowed) {
             if (to <= from + allowed) return;
             std::printf("%s: there are more now\n", what);
             good = false;
@@ -184,7 +185,9 @@ class Soak {
         grown("death recipients", before.deathRecipients, after.deathRecipients, 0);
 #if !__has_feature(address_sanitizer) && \
         !__has_feature(thread_sanitizer)  // they keep what is freed
-        grown("memory", before.kilobytes, after.kilobytes, 4096);
+        const size_t kept = size_t{heapIsExact() ? 64u : 1024u} * 1024;
+        grown("bytes on the heap", before.heap, after.heap, kept);
+        grown("bytes in memory", before.resident, after.resident, size_t{4} * 1024 * 1024);
 #endif
         std::puts(good ? "soak: good" : "soak: NOT GOOD");
         return good ? 0 : 1;
