@@ -31,7 +31,7 @@ fi
 
 samples "$readme" cpp > boost.cpp
 samples "$readme" cmake > CMakeLists.txt
-cmake -S . -B cmake -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" > /dev/null
+cmake -G Ninja -S . -B cmake -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" > /dev/null
 cmake --build cmake > /dev/null
 samples "$readme" sh | grep pkg-config > pkg-config.sh
 sed -i "s,^clang++-14,$compiler," pkg-config.sh
