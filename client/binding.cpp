@@ -1,4 +1,4 @@
-// How the low-level client's proxy is bound and how it is dropped.
+// Binds and drops the low-level client's proxy.
 #include "client/binding.h"
 
 #include <android/binder_manager.h>
@@ -7,13 +7,16 @@
 
 namespace mirxHalclient::internal {
 
-static DeathLink g_mirx_death_recipient;
+using namespace dovcommon;
+
+static AIBinder_DeathRecipient* g_mirx_death_recipient = nullptr;
 
 static void onMirxDied(void* /*cookie*/) {
     const ExitGate::Pass pass(g_mirx_gate);
     if (!pass) return;
+    std::shared_ptr<IMirx> dropped;  // released after the lock
     std::lock_guard lock(g_mirx_hal_mutex);
-    dropLinked(g_mirx_hal);
+    dropped = drop(g_mirx_death_recipient, g_mirx_hal);
     logError("Mirx HAL Service died");
 }
 
@@ -24,8 +27,7 @@ void get_mirx_hal_and_link_to_death() {
     }
     std::lock_guard lock(g_mirx_hal_mutex);
     if (g_mirx_hal || !AServiceManager_isDeclared(kServiceName)) {
-        // Also logged, with 1, when another thread has bound meanwhile: callers know the line, keep
-        // it.
+        // Compat: also logged, with 1, when another thread has bound in the meantime.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "Mirx is not declared, AServiceManager_isDeclared:%d",
                             AServiceManager_isDeclared(kServiceName));
@@ -37,7 +39,7 @@ void get_mirx_hal_and_link_to_death() {
         return;
     }
     if (linkToDeath(g_mirx_death_recipient, *g_mirx_hal, onMirxDied) != STATUS_OK) {
-        g_mirx_hal.reset();
+        drop(g_mirx_death_recipient, g_mirx_hal).reset();
         logError("Unable to link to g_mirx_hal death notifications!");
     }
 }
@@ -45,8 +47,9 @@ void get_mirx_hal_and_link_to_death() {
 void dropMirxHal(const char* failureName) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s() failed: mirx HAL service not available",
                         failureName);
+    std::shared_ptr<IMirx> dropped;  // released after the lock
     std::lock_guard lock(g_mirx_hal_mutex);
-    dropLinked(g_mirx_hal);
+    dropped = drop(g_mirx_death_recipient, g_mirx_hal);
 }
 
 }  // namespace mirxHalclient::internal

@@ -5,7 +5,6 @@
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
-#include <utility>
 
 #include <android/log.h>
 
@@ -14,11 +13,14 @@
 
 namespace mirxHalclient::internal {
 
-using namespace dovcommon;
+using dovcommon::ExitGate;
+using dovcommon::IMirx;
+using dovcommon::MirxRequestData;
+using dovcommon::MirxRequestParcel;
 
 inline constexpr char kLogTag[] = "MIRXFramework-lib-vendor";
 
-// Everyone who uses a global of the low-level client has a pass of it.
+// Hold an ExitGate::Pass of this gate while using any of the globals of the low-level client.
 extern ExitGate g_mirx_gate;
 
 // The proxy; empty while the client is not bound. Guarded by g_mirx_hal_mutex: shared for use,
@@ -26,9 +28,8 @@ extern ExitGate g_mirx_gate;
 extern std::shared_ptr<IMirx> g_mirx_hal;
 extern std::shared_timed_mutex g_mirx_hal_mutex;
 
-// Makes sure that g_mirx_hal is bound if the service can be bound; the caller looks at g_mirx_hal
-// afterwards. Blocks until a declared service has registered. Takes g_mirx_hal_mutex; logs why the
-// service cannot be bound.
+// Binds g_mirx_hal if it is empty; check g_mirx_hal afterwards. Blocks until a declared service has
+// registered. Takes g_mirx_hal_mutex. Logs why the service cannot be bound.
 void get_mirx_hal_and_link_to_death();
 
 // Logs that the operation failed and empties g_mirx_hal, so that the next call binds again. Takes
@@ -44,54 +45,61 @@ inline void logError(const char* text) {
 
 // How an operation appears in the log.
 struct Operation {
-    const char* entry;  // logged first of all
-    const char* failureName;  // what the log calls it when its call has failed
+    const char* entry;  // logged first
+    const char* failureName;  // the operation's name in the line about a failed call
 };
 
-// The status of an operation's one call, or nothing when it has refused to make it.
+// The status of an operation's one call; nothing when the operation refused to call.
 using Attempt = std::optional<ndk::ScopedAStatus>;
 
-// Logs why an operation refuses to call.
+// Logs why the operation refuses to call.
 inline Attempt refuse(const char* why) {
     logError(why);
     return std::nullopt;
 }
 
-inline void doNothing() {}
-
-// The pattern around every service call: log the entry, bind, call with the lock held shared, drop
-// the proxy on failure.
+// The pattern of every service call: log the entry, bind, call with the lock held shared, drop the
+// proxy on failure.
 //
 // `call` takes the proxy (IMirx&) and returns an Attempt; it runs with g_mirx_hal_mutex held
-// shared. `afterCall` runs once the call was made and that lock released, before the status is
-// looked at. `alsoLock`, when given, is taken together with the shared lock: never waited for while
-// that is held, because its holder may be about to drop the proxy and so wait for everyone who
-// holds the shared lock. It stays locked, as does whatever `afterCall` locks, also while the proxy
-// is dropped.
+// shared. `afterCall` takes whether the call succeeded; it runs when the call was made and that
+// lock has been released, before a failed call drops the proxy.
 //
-// Returns true when the service was called and its status is OK. Once the process exits, it is not
-// called any more.
-template <typename Call, typename AfterCall = void (*)()>
-bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall = doNothing,
-              std::unique_lock<std::mutex>* alsoLock = nullptr) {
+// The drop waits for every thread that holds the lock shared, so no lock that such a thread may
+// wait for can be held then: what `call` has locked, `afterCall` unlocks.
+//
+// Returns true when the service was called and its status is OK. During exit the service is not
+// called.
+template <typename Call, typename AfterCall>
+bool callMirx(const Operation& operation, Call&& call, AfterCall&& afterCall) {
     logInfo(operation.entry);
     const ExitGate::Pass pass(g_mirx_gate);
     if (!pass) return false;
     get_mirx_hal_and_link_to_death();
-    std::shared_lock lock(g_mirx_hal_mutex, std::defer_lock);
-    if (alsoLock != nullptr) {
-        std::lock(lock, *alsoLock);
-    } else {
-        lock.lock();
-    }
+    std::shared_lock lock(g_mirx_hal_mutex);
     if (!g_mirx_hal) return false;
-    const Attempt status = std::forward<Call>(call)(*g_mirx_hal);
+    const Attempt status = call(*g_mirx_hal);
     lock.unlock();
     if (!status) return false;
-    std::forward<AfterCall>(afterCall)();
-    if (status->isOk()) return true;
-    dropMirxHal(operation.failureName);
-    return false;
+    afterCall(status->isOk());
+    if (!status->isOk()) dropMirxHal(operation.failureName);
+    return status->isOk();
+}
+
+template <typename Call>
+bool callMirx(const Operation& operation, Call&& call) {
+    return callMirx(operation, call, [](bool /*succeeded*/) {});
+}
+
+// callMirx for a call that answers with a number: `call` takes the proxy and a pointer to the
+// answer.
+//
+// Returns the answer; -1 when the service has not written one.
+template <typename Call>
+int32_t askMirx(const Operation& operation, Call&& call) {
+    int32_t answer = -1;
+    callMirx(operation, [&](IMirx& hal) -> Attempt { return call(hal, &answer); });
+    return answer;
 }
 
 }  // namespace mirxHalclient::internal

@@ -14,7 +14,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using TextMap = std::map<std::string, std::string>;
 
-// `values` is empty or as long as `paths`; without values the field stays absent.
+// `values` is empty or as long as `paths`; when it is empty, the value field stays absent.
 std::vector<MirxRequestData> toPathData(const Texts& paths, const Texts& values) {
     std::vector<MirxRequestData> data(paths.size());
     for (size_t i = 0; i < paths.size(); ++i) {
@@ -35,12 +35,25 @@ std::vector<MirxRequestData> toPathData(const TextMap& request) {
     return data;
 }
 
-MirxRequestParcel toPathControlParcel(int handle, long duration, const Texts& paths,
-                                      const Texts& values, int arg4, int flag, int pid) {
-    MirxRequestParcel parcel = toControlParcel(kResourceControl, handle, duration, arg4, flag, pid);
-    mirx_add_zdbdebug_for_request_parcel(parcel);
-    parcel.requestData = toPathData(paths, values);
-    return parcel;
+// Sends a control request. When paths and values differ in number, nothing is sent and `mismatch`
+// is logged. `addCallback` may put a callback into the filled parcel.
+template <typename AddCallback>
+int32_t requestControl(const Operation& operation, const char* mismatch, int handle, long duration,
+                       const Texts& paths, const Texts& values, int arg4, int flag, int pid,
+                       AddCallback&& addCallback) {
+    bool matching = true;
+    MirxRequestParcel parcel;  // released after the lock, and with it the callback
+    const int32_t result = askMirx(operation, [&](IMirx& hal, int32_t* answer) -> Attempt {
+        matching = paths.size() == values.size();
+        if (!matching) return std::nullopt;
+        mirx_add_zdbdebug_for_request_parcel(parcel);
+        fillControl(parcel, mirx::kResourceControl, handle, duration, arg4, flag, pid);
+        parcel.requestData = toPathData(paths, values);
+        addCallback(parcel);
+        return hal.request(parcel, answer);
+    });
+    if (!matching) logError(mismatch);
+    return result;
 }
 
 MirxRequestParcel toPathParcel(int pid, std::vector<MirxRequestData> data) {
@@ -51,7 +64,7 @@ MirxRequestParcel toPathParcel(int pid, std::vector<MirxRequestData> data) {
     return parcel;
 }
 
-// What the service answers; empty when the call failed.
+// The service's answer; empty when the call failed.
 std::vector<MirxRequestData> requestState(const Operation& operation,
                                           const MirxRequestParcel& parcel) {
     std::vector<MirxRequestData> data;
@@ -69,41 +82,28 @@ void mirx_add_zdbdebug_for_request_parcel(MirxRequestParcel& parcel) {
 
 int mirx_resctl_request_by_path(int handle, long duration, const Texts& paths, const Texts& values,
                                 int arg4, int flag, int pid) {
-    const Operation operation = {"mirx client mirx_resctl_request", "mirx_resctl_request_by_path"};
-    int32_t result = -1;
-    callMirx(operation, [&](IMirx& hal) -> Attempt {
-        if (paths.size() != values.size()) {
-            return refuse("mirx_resctl_request ERROR: size unmatched for paths and value ");
-        }
-        return hal.request(toPathControlParcel(handle, duration, paths, values, arg4, flag, pid),
-                           &result);
-    });
-    return result;
+    return requestControl({"mirx client mirx_resctl_request", "mirx_resctl_request_by_path"},
+                          "mirx_resctl_request ERROR: size unmatched for paths and value ", handle,
+                          duration, paths, values, arg4, flag, pid, [](MirxRequestParcel&) {});
 }
 
 int mirx_resctl_request_with_callback_by_path(
         int handle, long duration, const Texts& paths, const Texts& values, int arg4, int flag,
         int pid, const std::shared_ptr<IClientCallbackByPath>& callback) {
-    // The refusal speaks of ids and the failure name is the whole entry text: callers depend on it.
-    const Operation operation = {"mirx client mirx_resctl_request_with_callback",
-                                 "mirx client mirx_resctl_request_with_callback"};
-    int32_t result = -1;
-    callMirx(operation, [&](IMirx& hal) -> Attempt {
-        if (paths.size() != values.size()) {
-            return refuse(
-                    "mirx client mirx_resctl_request ERROR: size unmatched for id and value ");
-        }
-        MirxRequestParcel parcel =
-                toPathControlParcel(handle, duration, paths, values, arg4, flag, pid);
-        parcel.callback = forRequest(
-                callback, "mirx client mirx_resctl_request_with_callback add to request_callbacks");
-        return hal.request(parcel, &result);
-    });
-    return result;
+    // Compat: the refusal names ids, and the failure is logged under the whole entry text.
+    return requestControl(
+            {"mirx client mirx_resctl_request_with_callback",
+             "mirx client mirx_resctl_request_with_callback"},
+            "mirx client mirx_resctl_request ERROR: size unmatched for id and value ", handle,
+            duration, paths, values, arg4, flag, pid, [&callback](MirxRequestParcel& parcel) {
+                parcel.callback = forRequest(
+                        callback,
+                        "mirx client mirx_resctl_request_with_callback add to request_callbacks");
+            });
 }
 
 int mirx_res_state_request_by_path(const Texts& paths, const Texts& values, int pid, Texts& out) {
-    // Values that do not belong to the paths one by one are left out without a word.
+    // Compat: values that do not match the paths one to one are left out, and nothing is logged.
     const Texts matching = values.size() == paths.size() ? values : Texts();
     const std::vector<MirxRequestData> data =
             requestState({"mirx client mirx_res_state_request", "mirx_res_state_request"},
@@ -124,7 +124,7 @@ int mirx_res_state_request_map_by_path(const TextMap& request, int pid, TextMap&
     for (const MirxRequestData& element : data) {
         if (!element.path || !element.value) continue;
         out[*element.path] = *element.value;
-        // At error priority although it reports success: callers look for it there.
+        // Compat: logged at error priority although it reports success.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "res_Path: %s, res_Value:%s",
                             element.path->c_str(), element.value->c_str());
     }

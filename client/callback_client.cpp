@@ -1,6 +1,9 @@
 // The binder object through which the service calls a client back.
 #include "client/callback_client.h"
 
+#include <atomic>
+#include <cstddef>
+#include <functional>
 #include <utility>
 
 #include "client/binding.h"
@@ -13,7 +16,7 @@ using namespace mirxHalclient::internal;
 
 namespace {
 
-// Not the tag of the operations: the capitals differ, and log filters depend on it.
+// Compat: not the tag of the operations; the capitals differ.
 constexpr char kCallbackTag[] = "MirxFramework-lib-vendor";
 
 void printLog(const BnMirxCallback::TransactionLog& log) {
@@ -23,6 +26,29 @@ void printLog(const BnMirxCallback::TransactionLog& log) {
                         log.method_name.c_str(), log.exception_code, log.exception_message.c_str(),
                         log.transaction_error, log.service_specific_error_code);
 }
+
+// Calls printLog, and knows whether BnMirxCallback::logFunc holds it. Asking logFunc for its target
+// would need RTTI, also from the code that made a hook of another party.
+class LogHook {
+  public:
+    LogHook() = default;
+    LogHook(const LogHook&) noexcept { installed += isInLogFunc(); }
+    ~LogHook() { installed -= isInLogFunc(); }
+    LogHook& operator=(const LogHook&) = delete;
+    void operator()(const BnMirxCallback::TransactionLog& log) const { printLog(log); }
+
+    // The number of hooks that logFunc holds: 0 or 1.
+    static inline std::atomic<int> installed = 0;
+
+  private:
+    // std::function keeps an object as small as this one inside itself.
+    bool isInLogFunc() const {
+        const auto* const begin = reinterpret_cast<const std::byte*>(&BnMirxCallback::logFunc);
+        const auto* const self = reinterpret_cast<const std::byte*>(this);
+        return std::less_equal<>()(begin, self) &&
+               std::less<>()(self, begin + sizeof(BnMirxCallback::logFunc));
+    }
+};
 
 [[clang::no_destroy]] std::mutex gLogHookMutex;
 
@@ -101,7 +127,7 @@ void MirxCallbackClient::callByPath(const std::vector<MirxRequestData>& data) {
                             element.path->c_str(), element.value->c_str(), is_register);
     }
     if (!mCallbackByPath) return;
-    // Names IClientCallback, although it is the other one.
+    // Compat: logs IClientCallback although it calls IClientCallbackByPath.
     __android_log_print(ANDROID_LOG_INFO, kCallbackTag,
                         "MirxCallback::onCallback call IClientCallback onCallback is_register %d",
                         is_register);
@@ -154,13 +180,12 @@ std::shared_ptr<MirxCallbackClient> forRequest(
             ndk::SharedRefBase::make<MirxCallbackClient>(callback, false, true), added);
 }
 
-// Binder threads read the hook without a lock, so it is written only while it is not ours: when the
-// library is loaded, and after another party of the process has replaced it.
+// Binder threads read logFunc without a lock, so it is not assigned while it holds our hook. Of two
+// parties that set a hook the last one wins: ours replaces another one when the library is loaded
+// and whenever a callback object is made.
 void installLogHook() {
-    using Hook = void (*)(const BnMirxCallback::TransactionLog&);
     std::lock_guard lock(gLogHookMutex);
-    const Hook* current = std::as_const(BnMirxCallback::logFunc).target<Hook>();
-    if (current == nullptr || *current != printLog) BnMirxCallback::logFunc = printLog;
+    if (LogHook::installed == 0) BnMirxCallback::logFunc = LogHook();
 }
 
 }  // namespace mirxHalclient::internal

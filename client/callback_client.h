@@ -9,21 +9,21 @@
 
 #include "common/service.h"
 
-// Made with ndk::SharedRefBase::make only. Its fields never change, so it needs no lock of its own.
+// Made with ndk::SharedRefBase::make only. Its fields never change, so it needs no lock.
 class MirxCallbackClient : public aidl::vendor::tavro::hardware::mirx::BnMirxCallback {
   public:
-    // `is_register`: serves a registration and stays after each call; otherwise it serves one
-    // request and leaves request_callbacks with its first call. `by_path`: the data is addressed by
-    // path and goes to an IClientCallbackByPath; otherwise by id. Without a callback of that kind
-    // the data is dropped.
+    // `is_register`: it serves a registration and stays after each call; otherwise it serves one
+    // request and leaves request_callbacks at its first call. `by_path`: the data is addressed by
+    // path and passed to an IClientCallbackByPath; otherwise by id, to an IClientCallback. Without
+    // a callback of that kind the data is dropped.
     MirxCallbackClient(const std::shared_ptr<IClientCallback>& callback, bool is_register,
                        bool by_path);
     MirxCallbackClient(const std::shared_ptr<IClientCallbackByPath>& callback, bool is_register,
                        bool by_path);
     ~MirxCallbackClient() override;
 
-    // Always returns OK. Takes request_callback_mutex, but not while the client's callback runs.
-    // Tells nobody once the process exits.
+    // Always returns OK. Calls the client's callback with no lock held; takes
+    // request_callback_mutex afterwards. During exit nobody is called.
     ndk::ScopedAStatus onCallback(const std::vector<dovcommon::MirxRequestData>& data) override;
 
   private:
@@ -50,7 +50,7 @@ std::shared_ptr<MirxCallbackClient> forRequest(const std::shared_ptr<IClientCall
 std::shared_ptr<MirxCallbackClient> forRequest(
         const std::shared_ptr<IClientCallbackByPath>& callback, const char* added);
 
-// Has every transaction of a callback object of this process logged. Does nothing when that is so.
+// Has every transaction of this process's callback objects logged. Does nothing when they are.
 void installLogHook();
 
 }  // namespace mirxHalclient::internal

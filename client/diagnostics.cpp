@@ -10,15 +10,13 @@ namespace mirxHalclient {
 namespace {
 
 int diagnose(int code, const Operation& operation) {
-    int32_t result = -1;
-    callMirx(operation, [&](IMirx& hal) {
+    return toAcceptance(askMirx(operation, [&](IMirx& hal, int32_t* answer) {
         MirxRequestParcel parcel;
-        parcel.requestType = kDiagnostics;
+        parcel.requestType = mirx::kDiagnostics;
         parcel.arg4 = 1;
         parcel.requestData.emplace_back().id = code;
-        return hal.request(parcel, &result);
-    });
-    return toAcceptance(result);
+        return hal.request(parcel, answer);
+    }));
 }
 
 }  // namespace
@@ -28,7 +26,7 @@ int diagnose(int code, const Operation& operation) {
         return diagnose(code, {"mirx client " #name, #name}); \
     }
 
-// The codes are the service's; there is no 9.
+// The service defines the codes; 9 is not used.
 DIAGNOSTIC(mirxDumpToDoQueue, 0)
 DIAGNOSTIC(mirxDumpRunMap, 1)
 DIAGNOSTIC(mirxDumpActiveResMap, 2)

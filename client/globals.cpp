@@ -1,5 +1,5 @@
-// Every global of the low-level client, in the order in which they are made; when the process ends
-// they are destroyed in reverse, unless a thread still uses them.
+// The globals of the low-level client, in the order of their construction. Exit destroys them in
+// reverse order, unless a thread still uses them.
 #include "client/binding.h"
 #include "client/registry.h"
 
@@ -18,15 +18,19 @@ constinit ExitGate g_mirx_gate;
 [[clang::no_destroy]] std::mutex request_callback_mutex;
 [[clang::no_destroy]] std::vector<std::shared_ptr<MirxCallbackClient>> request_callbacks;
 
-static const struct Teardown {
+namespace {
+
+using namespace mirxHalclient::internal;
+
+const struct Teardown {
     ~Teardown() {
-        using namespace mirxHalclient::internal;
         g_mirx_gate.closeAndDestroy(request_callbacks, request_callback_mutex,
                                     listening_callback_groups, listening_callback_mutex,
                                     g_mirx_hal_mutex, g_mirx_hal);
     }
 } gTeardown;
 
-// Already here, while no binder thread can read the hook.
-[[maybe_unused]] static const bool gLogHookInstalled =
-        (mirxHalclient::internal::installLogHook(), true);
+// At load, when no binder thread reads the hook yet.
+[[maybe_unused]] const bool gLogHookInstalled = (installLogHook(), true);
+
+}  // namespace

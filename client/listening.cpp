@@ -4,6 +4,7 @@
 #include <dov/halclient.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "client/request_data.h"
 
@@ -13,18 +14,21 @@ using namespace mirxHalclient::internal;
 namespace mirxHalclient {
 namespace {
 
-void forgetRegistration(int handle) REQUIRES(listening_callback_mutex) {
-    const auto hasHandle = [handle](const MirxCallbackGroup& group) {
-        return group.handle == handle;
-    };
-    if (std::any_of(listening_callback_groups.begin(), listening_callback_groups.end(),
-                    hasHandle)) {
-        __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                            "a callback has been unregistered to Mirx HAL handle %d", handle);
-        std::erase_if(listening_callback_groups, hasHandle);
-    } else {
+void forgetRegistration(int handle) {
+    std::vector<MirxCallbackGroup> removed;  // destroyed after the mutex is released
+    std::lock_guard lock(listening_callback_mutex);
+    std::vector<MirxCallbackGroup>& groups = listening_callback_groups;
+    const auto first = std::stable_partition(
+            groups.begin(), groups.end(),
+            [handle](const MirxCallbackGroup& group) { return group.handle != handle; });
+    if (first == groups.end()) {
         logError("The callback was not registered before");
+        return;
     }
+    __android_log_print(ANDROID_LOG_INFO, kLogTag,
+                        "a callback has been unregistered to Mirx HAL handle %d", handle);
+    removed.assign(std::make_move_iterator(first), std::make_move_iterator(groups.end()));
+    groups.erase(first, groups.end());
 }
 
 }  // namespace
@@ -36,24 +40,18 @@ int mirxResListeningRegister(std::list<Resource>& resources, int pid,
     parcel.requestData = toRequestData(resources);
     std::vector<int> opcodes;
     for (const Resource& resource : resources) opcodes.push_back(resource.opcode);
-    // It fails under the name of a sibling: callers depend on it.
+    // Compat: a failure is logged under a sibling function's name.
     return registerListening({"mirxResListeningRegister", "mirx_res_listening_register_map"},
                              &MirxCallbackGroup::opcodes, opcodes, parcel, callback);
 }
 
 int mirxResListeningUnRegister(int handle) {
     int32_t result = -1;
-    const ExitGate::Pass pass(g_mirx_gate);
-    std::unique_lock registry(listening_callback_mutex, std::defer_lock);
+    // The entry is removed whatever the service answers.
     callMirx(
             {"mirx client mirxResListeningUnRegister", "mirxResListeningUnRegister"},
-            [&](IMirx& hal) { return hal.listeningUnregister(handle, &result); },
-            // The registry lets go whatever the service answered.
-            [&] {
-                registry.lock();
-                const android::base::ScopedLockAssertion locked(listening_callback_mutex);
-                forgetRegistration(handle);
-            });
+            [&](IMirx& hal) -> Attempt { return hal.listeningUnregister(handle, &result); },
+            [handle](bool /*succeeded*/) { forgetRegistration(handle); });
     return result;
 }
 

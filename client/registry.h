@@ -1,4 +1,4 @@
-// The listening registry: what the low-level client keeps of registrations.
+// The listening registry: the registrations of this process.
 #pragma once
 
 #include <memory>
@@ -13,8 +13,8 @@
 
 namespace mirxHalclient::internal {
 
-// One registration. What it watches is in one of the two lists, the other stays empty; both are
-// compared with those of later registrations, so an empty list counts as registered too.
+// One registration. One of the two lists holds what is watched; the other is empty.
+// Compat: both lists are compared with those of later registrations, the empty one too.
 struct MirxCallbackGroup {
     MirxCallbackGroup(std::shared_ptr<MirxCallbackClient> callback, std::vector<int> opcodes,
                       int handle)
@@ -29,15 +29,15 @@ struct MirxCallbackGroup {
     std::shared_ptr<MirxCallbackClient> callback;
 };
 
-// Registering takes the mutex while it holds g_mirx_hal_mutex shared and keeps it when it has
-// released that one; a registration or unregistration that failed takes g_mirx_hal_mutex exclusive
-// while it holds this one. So nobody may wait for it while holding g_mirx_hal_mutex: see callMirx.
+// Lock order: g_mirx_hal_mutex (shared), then this mutex. Never wait for g_mirx_hal_mutex while
+// holding it, nor destroy an entry: the destructor of a caller's callback may register or
+// unregister.
 extern std::mutex listening_callback_mutex;
 extern std::vector<MirxCallbackGroup> listening_callback_groups
         GUARDED_BY(listening_callback_mutex);
 
 }  // namespace mirxHalclient::internal
 
-// Said here and not in the public header, which would need the platform's for it.
+// Annotated here so that the public header need not include the platform's annotations.
 extern std::vector<std::shared_ptr<MirxCallbackClient>> request_callbacks
         GUARDED_BY(request_callback_mutex);

@@ -1,17 +1,10 @@
-// Conversions between a caller's arguments and what travels to the service and back.
+// Conversions between a caller's arguments and the elements of parcels.
 #include "client/request_data.h"
 
 using DovClient::Resource;
 using namespace dovcommon;
 
 namespace mirxHalclient::internal {
-namespace {
-
-bool toFlag(int flag) {
-    return flag >= 1;
-}
-
-}  // namespace
 
 std::vector<MirxRequestData> toRequestData(const std::list<Resource>& resources) {
     std::vector<MirxRequestData> data;
@@ -28,16 +21,14 @@ Resource toResource(const MirxRequestData& data) {
     return {data.id, data.value.value_or("")};
 }
 
-MirxRequestParcel toControlParcel(RequestKind kind, int handle, int64_t duration, int arg4,
-                                  int flag, int pid) {
-    MirxRequestParcel parcel;
+void fillControl(MirxRequestParcel& parcel, mirx::RequestKind kind, int handle, int64_t duration,
+                 int arg4, int flag, int pid) {
     parcel.requestType = kind;
     parcel.handle = handle;
     parcel.duration = duration;
     parcel.arg4 = arg4;
-    parcel.flag = toFlag(flag);
+    parcel.flag = flag >= 1;
     parcel.pid = pid;
-    return parcel;
 }
 
 }  // namespace mirxHalclient::internal

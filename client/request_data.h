@@ -1,4 +1,4 @@
-// Conversions between a caller's arguments and what travels to the service and back.
+// Conversions between a caller's arguments and the elements of parcels.
 #pragma once
 
 #include <list>
@@ -18,9 +18,9 @@ std::vector<dovcommon::MirxRequestData> toRequestData(
 // The value is always present: an absent one becomes an empty text.
 DovClient::Resource toResource(const dovcommon::MirxRequestData& data);
 
-// The parcel of a control request, all but its data list.
-dovcommon::MirxRequestParcel toControlParcel(dovcommon::RequestKind kind, int handle,
-                                             int64_t duration, int arg4, int flag, int pid);
+// Fills in what every control request has; not the data list.
+void fillControl(dovcommon::MirxRequestParcel& parcel, mirx::RequestKind kind, int handle,
+                 int64_t duration, int arg4, int flag, int pid);
 
 // The result of an operation that tells its caller only whether the service accepted it: 0 when the
 // service answered 1 or more, else -1.

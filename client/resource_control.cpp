@@ -41,45 +41,40 @@ int mirxResCtlRequest(int handle, int duration, std::list<Resource>& resources, 
 
 int mirxResCtlRequest(int handle, int duration, std::list<Resource>& resources, int arg4, int flag,
                       int pid) {
-    int32_t result = -1;
-    callMirx({"mirx client mirxResCtlRequest", "mirxResCtlRequest"}, [&](IMirx& hal) -> Attempt {
+    const Operation operation = {"mirx client mirxResCtlRequest", "mirxResCtlRequest"};
+    return askMirx(operation, [&](IMirx& hal, int32_t* answer) -> Attempt {
         if (!checkResourceList(resources)) {
             return refuse("mirxResCtlRequest ERROR: size unmatched for id and value ");
         }
-        MirxRequestParcel parcel =
-                toControlParcel(kResourceControl, handle, duration, arg4, flag, pid);
+        MirxRequestParcel parcel;
+        fillControl(parcel, mirx::kResourceControl, handle, duration, arg4, flag, pid);
         parcel.requestData = toRequestData(resources);
-        return hal.request(parcel, &result);
+        return hal.request(parcel, answer);
     });
-    return result;
 }
 
 int mirxResCtlRequest(int handle, int duration, std::list<Resource>& resources, int arg4, int flag,
                       int pid, const std::shared_ptr<IClientCallback>& callback) {
-    // The refusal and the failure go by other names than the function's: callers depend on both.
+    // Compat: the refusal and the failure are logged under other names than the function's.
     const Operation operation = {"mirx client mirxResCtlRequest with callback",
                                  "mirx client MirxCallbackClient with callback"};
-    int32_t result = -1;
-    callMirx(operation, [&](IMirx& hal) -> Attempt {
+    MirxRequestParcel parcel;  // released after the lock, and with it the callback
+    return askMirx(operation, [&](IMirx& hal, int32_t* answer) -> Attempt {
         if (!checkResourceList(resources)) {
             return refuse(
                     "mirx client mirx_resctl_request ERROR: size unmatched for id and value ");
         }
-        MirxRequestParcel parcel =
-                toControlParcel(kResourceControl, handle, duration, arg4, flag, pid);
+        fillControl(parcel, mirx::kResourceControl, handle, duration, arg4, flag, pid);
         parcel.callback =
                 forRequest(callback, "mirx client mirxResCtlRequest add to request_callbacks");
         parcel.requestData = toRequestData(resources);
-        return hal.request(parcel, &result);
+        return hal.request(parcel, answer);
     });
-    return result;
 }
 
 int mirxResCtlRelease(int handle) {
-    int32_t result = -1;
-    callMirx({"mirx client mirxResCtlRelease", "mirxResCtlRelease"},
-             [&](IMirx& hal) { return hal.release(handle, &result); });
-    return result;
+    return askMirx({"mirx client mirxResCtlRelease", "mirxResCtlRelease"},
+                   [&](IMirx& hal, int32_t* answer) { return hal.release(handle, answer); });
 }
 
 }  // namespace mirxHalclient

@@ -10,10 +10,10 @@ using namespace mirxHalclient::internal;
 namespace mirxHalclient {
 namespace {
 
-MirxRequestParcel toSceneParcel(int handle, int duration, int saId, int arg4, int flag, int pid) {
-    MirxRequestParcel parcel = toControlParcel(kSceneControl, handle, duration, arg4, flag, pid);
+void fillScene(MirxRequestParcel& parcel, int handle, int duration, int saId, int arg4, int flag,
+               int pid) {
+    fillControl(parcel, mirx::kSceneControl, handle, duration, arg4, flag, pid);
     parcel.requestData.emplace_back().id = saId;
-    return parcel;
 }
 
 }  // namespace
@@ -23,32 +23,30 @@ int mirxSACtlRequest(int duration, int saId, int pid) {
 }
 
 int mirxSACtlRequest(int handle, int duration, int saId, int arg4, int flag, int pid) {
-    int32_t result = -1;
-    callMirx({"mirx client mirxSACtlRequest", "mirxSACtlRequest"}, [&](IMirx& hal) {
-        return hal.request(toSceneParcel(handle, duration, saId, arg4, flag, pid), &result);
+    const Operation operation = {"mirx client mirxSACtlRequest", "mirxSACtlRequest"};
+    return askMirx(operation, [&](IMirx& hal, int32_t* answer) {
+        MirxRequestParcel parcel;
+        fillScene(parcel, handle, duration, saId, arg4, flag, pid);
+        return hal.request(parcel, answer);
     });
-    return result;
 }
 
 int mirxSACtlRequest(int handle, int duration, int saId, int arg4, int flag, int pid,
                      const std::shared_ptr<IClientCallback>& callback) {
     const Operation operation = {"mirx client mirxSACtlRequest with callback",
                                  "mirxSACtlRequest with callback"};
-    int32_t result = -1;
-    callMirx(operation, [&](IMirx& hal) {
-        MirxRequestParcel parcel = toSceneParcel(handle, duration, saId, arg4, flag, pid);
+    MirxRequestParcel parcel;  // released after the lock, and with it the callback
+    return askMirx(operation, [&](IMirx& hal, int32_t* answer) {
+        fillScene(parcel, handle, duration, saId, arg4, flag, pid);
         parcel.callback =
                 forRequest(callback, "mirx client mirxSACtlRequest add to request_callbacks");
-        return hal.request(parcel, &result);
+        return hal.request(parcel, answer);
     });
-    return result;
 }
 
 int mirxSACtlRelease(int handle) {
-    int32_t result = -1;
-    callMirx({"mirx client mirxSACtlRelease", "mirxSACtlRelease"},
-             [&](IMirx& hal) { return hal.release(handle, &result); });
-    return result;
+    return askMirx({"mirx client mirxSACtlRelease", "mirxSACtlRelease"},
+                   [&](IMirx& hal, int32_t* answer) { return hal.release(handle, answer); });
 }
 
 }  // namespace mirxHalclient

@@ -1,4 +1,4 @@
-// One binding's link to the death of its service.
+// The link between a binding's proxy and its death recipient.
 #pragma once
 
 #include <memory>
@@ -9,24 +9,19 @@
 
 namespace dovcommon {
 
-// Starts empty, has no destructor: what it holds lives until the process ends, so that a notice
-// which arrives during exit still finds its recipient.
-struct DeathLink {
-    AIBinder_DeathRecipient* recipient = nullptr;
-    AIBinder_Weak* binder = nullptr;
-    void* cookie = nullptr;
-};
-
-// Links `hal` to death with a new recipient that calls `onDied`, and frees the recipient of the
-// earlier link, which then never fires again. The cookie that `onDied` gets is `hal`'s address. The
-// caller guards `link` with its binding's lock.
+// Links `hal` to death with a new recipient, which it stores in `recipient`. `onDied` gets the
+// address of `hal` as its cookie. The caller holds its binding's lock exclusively.
 //
 // Returns what AIBinder_linkToDeath returned; STATUS_OK on success. Does not call the service.
-binder_status_t linkToDeath(DeathLink& link, IMirx& hal,
+binder_status_t linkToDeath(AIBinder_DeathRecipient*& recipient, IMirx& hal,
                             AIBinder_DeathRecipient_onBinderDied onDied);
 
-// Empties `hal`, a proxy that is linked to death, and has the driver know it before another thread
-// binds. The caller has locked its binding exclusively. Does not call the service.
-void dropLinked(std::shared_ptr<IMirx>& hal);
+// Empties `hal`, unlinks it from `recipient` and frees the recipient. A death notice that is being
+// delivered still runs to its end. The caller holds its binding's lock exclusively.
+//
+// Returns the proxy, for the caller to release without that lock: a proxy that is released may end
+// its connection and with it the last reference to a callback of the caller's.
+[[nodiscard]] std::shared_ptr<IMirx> drop(AIBinder_DeathRecipient*& recipient,
+                                          std::shared_ptr<IMirx>& hal);
 
 }  // namespace dovcommon

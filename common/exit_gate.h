@@ -6,19 +6,19 @@
 
 namespace dovcommon {
 
-// The globals are destroyed when the process exits, but its threads run on: binder threads deliver
-// notices of death and callbacks, and a thread may be in the middle of a call or wait for a service
-// that never comes. With bionic it is the end of the process to lock a destroyed mutex; with glibc
-// exit waits for ever for those who wait on a condition variable that it destroys.
+// Exit destroys the globals while other threads still run: binder threads deliver death notices and
+// callbacks, and a thread may be inside a call or wait for a service that never starts. Locking a
+// destroyed mutex aborts the process with bionic; destroying a condition variable that a thread
+// waits on blocks exit for ever with glibc.
 //
-// So whoever uses the globals passes through a gate, which exit closes without waiting for anybody.
-// When nobody is inside, the globals go, and those who come later are turned away. When somebody
-// is, the globals stay: the process ends with them a moment later.
+// Every user of the globals therefore holds a pass. Exit closes the gate without waiting. If nobody
+// holds a pass then, the globals are destroyed, and later passes are refused. Otherwise they are
+// not destroyed; the process ends a moment later anyway.
 //
-// Usable before and after the time of the globals themselves.
+// Can be used before the globals are constructed and after they are destroyed.
 class ExitGate {
   public:
-    // Stands on the stack of whoever uses the globals. They must be left alone if it says false.
+    // Held on the stack while the globals are used. If it converts to false, do not touch them.
     // A thread may hold several at once.
     class Pass {
       public:
@@ -36,8 +36,8 @@ class ExitGate {
         const bool mGranted;
     };
 
-    // Closes the gate and then destroys `globals` in the order given, or leaves them as they are.
-    // To be called once, by exit; they must not be destroyed otherwise ([[clang::no_destroy]]).
+    // Closes the gate, and destroys `globals` in the order given unless a pass is held. Call it
+    // once, during exit; nothing else may destroy them ([[clang::no_destroy]]).
     template <typename... Globals>
     void closeAndDestroy(Globals&... globals) {
         const bool unused = mState.fetch_or(kClosed, std::memory_order_acq_rel) == 0;

@@ -2,13 +2,12 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace dovcommon {
 
-// A zero character follows in both cases, so data() may go to the log as it is.
-inline std::string_view orNone(const std::string& text) {
-    return text.empty() ? std::string_view("none") : text;
+inline const char* orNone(const std::string& text) {
+    return text.empty() ? "none" : text.c_str();
 }
+const char* orNone(std::string&&) = delete;  // the result would not outlive it
 
 }  // namespace dovcommon

@@ -1,4 +1,4 @@
-// The service that both bindings talk to.
+// The service of both bindings.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,5 @@ using aidl::vendor::tavro::hardware::mirx::MirxRequestData;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 
 inline constexpr char kServiceName[] = "vendor.tavro.hardware.mirx.IMirx/default";
-
-using namespace mirx;  // the request kinds
 
 }  // namespace dovcommon

@@ -1,4 +1,4 @@
-// By which way a program reaches services: what its tools say about it.
+// The transport over which a program reaches services.
 #pragma once
 
 #include <unistd.h>
@@ -23,8 +23,13 @@ inline Transport driverTransport() {
     return driver;
 }
 
-// The way of this program. Whoever links another way into a program defines this function for it;
-// the definition that is there otherwise is weak and says: the driver.
+// The transport of this program. The weak default is the kernel driver; a program linked with
+// another transport overrides it.
 Transport transport();
+
+// Declares "package.IInterface/instance" where this program registers services, as a VINTF manifest
+// does on a device; does nothing over the driver. Returns what went wrong, or an empty text. Null in
+// a program for devices.
+[[gnu::weak]] std::string declareService(const std::string& instance);
 
 }  // namespace dovcommon
