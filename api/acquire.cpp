@@ -13,20 +13,20 @@ using namespace dov;
 
 namespace {
 
-// The two command ids that stand for a request without an event.
+// Command ids of requests without an event.
 constexpr int32_t kPlainResources = -2;
 constexpr int32_t kPlatformResources = -3;
 
 void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
                  const std::string& identity, int32_t duration) {
-    // The description starts with a blank of its own, hence two behind the function's name.
+    // Compat: two blanks after the function's name.
     TraceName(function)
             .append("  cmd_id:")
             .append(cmdid)
             .append(" pkg:")
-            .append(orNone(pkg))
+            .appendOrNone(pkg)
             .append(" identity:")
-            .append(orNone(identity))
+            .appendOrNone(identity)
             .append(" duration:")
             .append(duration)
             .mark();
@@ -35,13 +35,13 @@ void markAcquire(const char* function, int32_t cmdid, const std::string& pkg,
 void logAcquire(const char* function, int32_t cmdid, const std::string& pkg,
                 const std::string& identity) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s, cmdid:%d, pkg:%s, identity:%s", function,
-                        cmdid, orNone(pkg).data(), orNone(identity).data());
+                        cmdid, dovcommon::orNone(pkg), dovcommon::orNone(identity));
 }
 
-RequestKind kindOf(int32_t cmdid) {
-    if (cmdid == kPlainResources) return kResourceControl;
-    if (cmdid == kPlatformResources) return kPlatformControl;
-    return kEventAcquire;
+mirx::RequestKind kindOf(int32_t cmdid) {
+    if (cmdid == kPlainResources) return mirx::kResourceControl;
+    if (cmdid == kPlatformResources) return mirx::kPlatformControl;
+    return mirx::kEventAcquire;
 }
 
 MirxRequestParcel makeParcel(int32_t cmdid, const std::string& pkg, const std::string& identity,
@@ -53,8 +53,8 @@ MirxRequestParcel makeParcel(int32_t cmdid, const std::string& pkg, const std::s
     parcel.duration = duration;
     std::vector<MirxRequestData> data;
     data.reserve(resources.size() + 1);
-    if (parcel.requestType == kEventAcquire) data.emplace_back().id = cmdid;
-    for (const Resource& resource : resources) data.push_back(toRequestData(resource));
+    if (parcel.requestType == mirx::kEventAcquire) data.emplace_back().id = cmdid;
+    for (const Resource& resource : resources) data.push_back(toElement(resource));
     parcel.requestData = std::move(data);
     return parcel;
 }
@@ -66,7 +66,7 @@ void logRequestError(int32_t handle) {
 }  // namespace
 
 int32_t dovInit() {
-    // At error priority: callers look for it there.
+    // Compat: logged at error priority.
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "dovInit enter");
     switch (callDov({"mirx_init", "g_dov_hal is null"}, [](IMirx& hal) { return hal.init(); })) {
         case CallResult::kOk: return 0;
@@ -80,9 +80,11 @@ int32_t DovEventAcquire(int32_t cmdid, const std::string& pkg, const std::string
     markAcquire("DovEventAcquire", cmdid, pkg, identity, duration);
     logAcquire("DovEventAcquire", cmdid, pkg, identity);
     int32_t handle = -1;
-    const CallResult result = callDov({"DovEventAcquire"}, [&](IMirx& hal) {
-        return hal.request(makeParcel(cmdid, pkg, identity, duration, resources), &handle);
-    });
+    MirxRequestParcel parcel;
+    const CallResult result = callDov(
+            {"DovEventAcquire"},
+            [&] { parcel = makeParcel(cmdid, pkg, identity, duration, resources); },
+            [&](IMirx& hal) { return hal.request(parcel, &handle); });
     if (result == CallResult::kFailed) logRequestError(handle);
     return result == CallResult::kOk ? handle : -1;
 }
@@ -91,11 +93,12 @@ int32_t DovEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::
                               int32_t duration, const std::vector<Resource>& resources) {
     markAcquire("DovEventAcquireOneWay", cmdid, pkg, identity, duration);
     logAcquire("DovEventAcquireOneWay", cmdid, pkg, identity);
-    // -1, when there is no randomness, is sent and returned like any other handle.
+    // Compat: without randomness the handle is -1, which is sent and returned like any other.
     const int32_t handle = dovGetRandomHandle();
     const pid_t pid = android::IPCThreadState::self()->getCallingPid();
-    const CallResult result = callDov({"DovEventAcquireOneWay"}, [&](IMirx& hal) {
-        MirxRequestParcel parcel = makeParcel(cmdid, pkg, identity, duration, resources);
+    MirxRequestParcel parcel;
+    const auto build = [&] {
+        parcel = makeParcel(cmdid, pkg, identity, duration, resources);
         parcel.handle = handle;
         parcel.pid = pid;
         for (const Resource& resource : resources) {
@@ -103,10 +106,11 @@ int32_t DovEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::
                                 "DovEventAcquireOneWay res_Id:%d ,res_Value:%s, ", resource.opcode,
                                 resource.value ? resource.value->c_str() : "");
         }
-        return hal.oneWayRequest(parcel);
-    });
+    };
+    const CallResult result = callDov({"DovEventAcquireOneWay"}, build,
+                                      [&](IMirx& hal) { return hal.oneWayRequest(parcel); });
     if (result == CallResult::kFailed) logRequestError(handle);
-    // The caller owns the handle from the start, so a failed call returns it too.
+    // Compat: a failed call returns the handle too; the caller owns it from the start.
     return result == CallResult::kOk || result == CallResult::kFailed ? handle : -1;
 }
 

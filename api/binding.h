@@ -5,7 +5,6 @@
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
-#include <utility>
 
 #include <android/log.h>
 
@@ -14,11 +13,14 @@
 
 namespace dov {
 
-using namespace dovcommon;
+using dovcommon::ExitGate;
+using dovcommon::IMirx;
+using dovcommon::MirxRequestData;
+using dovcommon::MirxRequestParcel;
 
 inline constexpr char kLogTag[] = "[DOV_CLIENT]";
 
-// Everyone who uses a global of the event interface has a pass of it.
+// Hold an ExitGate::Pass of this gate while using any of the globals of the event interface.
 extern ExitGate g_dov_gate;
 
 // The proxy; empty while the event interface is not bound. Guarded by g_dov_hal_mutex: shared for
@@ -36,12 +38,11 @@ int32_t dov_get_mirx_hal_and_link_to_death();
 // g_dov_hal_mutex.
 void dropDovHal(const char* name);
 
-// What became of a call.
 enum class CallResult {
     kNotBound,  // the service could not be bound
-    kNoProxy,  // bound, but the proxy was gone again when the call was to be made
-    kRefused,  // the operation itself decided not to call
-    kFailed,  // called; the status is missing or not OK, the proxy has been dropped
+    kNoProxy,  // bound, but another thread has dropped the proxy before the call
+    kRefused,  // the operation decided not to call
+    kFailed,  // called; the status is not OK and the proxy has been dropped
     kOk,
 };
 
@@ -51,13 +52,17 @@ struct Operation {
     const char* noProxyMessage = nullptr;  // logged in the case of kNoProxy
 };
 
-// The pattern around every service call: bind, call with the lock held shared, drop the proxy on
-// failure. Once the process exits, kNotBound.
+// The status of an operation's one call; nothing when the operation refused to call.
+using Attempt = std::optional<ndk::ScopedAStatus>;
+
+// The pattern of every service call: bind, call with the lock held shared, drop the proxy on
+// failure. During exit the result is kNotBound.
 //
-// `call` takes the proxy (IMirx&) and returns the status of its one call, or nothing when it has
-// refused to make it; it runs with g_dov_hal_mutex held shared.
-template <typename Call>
-CallResult callDov(const Operation& operation, Call&& call) {
+// `prepare` runs with g_dov_hal_mutex held shared once the service was bound, even if the proxy has
+// been dropped since. `call` takes the proxy (IMirx&) and returns an Attempt; it runs with the same
+// lock held.
+template <typename Prepare, typename Call>
+CallResult callDov(const Operation& operation, Prepare&& prepare, Call&& call) {
     const ExitGate::Pass pass(g_dov_gate);
     if (!pass) return CallResult::kNotBound;
     if (const int32_t error = dov_get_mirx_hal_and_link_to_death(); error != 0) {
@@ -66,18 +71,25 @@ CallResult callDov(const Operation& operation, Call&& call) {
         return CallResult::kNotBound;
     }
     std::shared_lock lock(g_dov_hal_mutex);
+    prepare();
     if (!g_dov_hal) {
         if (operation.noProxyMessage != nullptr) {
             __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", operation.noProxyMessage);
         }
         return CallResult::kNoProxy;
     }
-    const std::optional<ndk::ScopedAStatus> status = std::forward<Call>(call)(*g_dov_hal);
+    const Attempt status = call(*g_dov_hal);
     lock.unlock();
     if (!status) return CallResult::kRefused;
     if (status->isOk()) return CallResult::kOk;
     dropDovHal(operation.name);
     return CallResult::kFailed;
+}
+
+template <typename Call>
+CallResult callDov(const Operation& operation, Call&& call) {
+    return callDov(
+            operation, [] {}, call);
 }
 
 }  // namespace dov

@@ -1,4 +1,4 @@
-// What tells the service about the system: DovNotify, setRelatedSysInfo and dovRuleCtl.
+// DovNotify, setRelatedSysInfo and dovRuleCtl.
 #include <algorithm>
 
 #include <dov/dov.h>
@@ -11,15 +11,17 @@ using namespace dov;
 
 int32_t DovNotify(int32_t id, int32_t arg, const std::vector<int32_t>& values) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "DovNotify enter");
-    const CallResult result = callDov({"DovNotify"}, [&](IMirx& hal) {
+    MirxRequestParcel parcel;
+    const auto build = [&] {
         MirxRequestData element;
         element.id = id;
         element.arg = arg;
-        MirxRequestParcel parcel;
-        parcel.requestType = kNotification;
-        // Of the values only their number goes out, as equal elements (one when there are none);
-        // stringList stays absent. The service relies on both.
+        parcel.requestType = mirx::kNotification;
+        // Compat: of the values only their number is sent, as equal elements (one when there are
+        // none); stringList stays absent.
         parcel.requestData.assign(std::max<size_t>(values.size(), 1), element);
+    };
+    const CallResult result = callDov({"DovNotify"}, build, [&](IMirx& hal) {
         int32_t ignored = -1;
         return hal.request(parcel, &ignored);
     });
@@ -39,7 +41,7 @@ int32_t dovRuleCtl(int32_t ruleId, int32_t status, const std::vector<Resource>& 
                         status);
     int32_t answer = -1;
     const CallResult result = callDov({"dovRuleCtl"}, [&](IMirx& hal) {
-        return hal.ruleCtl(ruleId, status, toRequestData(resources), &answer);
+        return hal.ruleCtl(ruleId, status, toElements(resources), &answer);
     });
     return result == CallResult::kOk ? answer : -1;
 }

@@ -1,4 +1,4 @@
-// The queries: what they ask the service and what they make of its reply.
+// The queries: what each asks the service, and how it reads the reply.
 #include <algorithm>
 #include <iostream>
 #include <stdexcept>
@@ -7,7 +7,6 @@
 #include <dov/dov.h>
 
 #include "api/binding.h"
-#include "api/reply_index.h"
 #include "api/request_data.h"
 
 using DovClient::Resource;
@@ -28,58 +27,66 @@ void logError(const char* text) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", text);
 }
 
-MirxRequestParcel makeParcel(RequestKind kind, std::vector<MirxRequestData> data = {}) {
+MirxRequestParcel makeParcel(mirx::RequestKind kind, std::vector<MirxRequestData> data = {}) {
     MirxRequestParcel parcel;
     parcel.requestType = kind;
     parcel.requestData = std::move(data);
     return parcel;
 }
 
-MirxRequestParcel makeParcel(RequestKind kind, int32_t id) {
-    return makeParcel(kind, {toRequestData(Resource{id, std::nullopt})});
+MirxRequestParcel makeParcel(mirx::RequestKind kind, int32_t id) {
+    return makeParcel(kind, {toElement(Resource{id, std::nullopt})});
 }
 
-bool always() {
-    return true;
+struct Answer {
+    bool sent = false;
+    bool ok = false;
+    Reply reply;  // of a failed call: as many elements as the service announced, maybe empty ones
+
+    int size() const { return static_cast<int>(reply.size()); }
+    // Compat: throws when the first element has no value. The reply must not be empty.
+    const std::string& firstValue() const { return reply.front().value.value(); }
+};
+
+// Sends the parcel. `beforeCall`, when given, is logged just before the call.
+Answer query(const char* function, const MirxRequestParcel& parcel,
+             const char* beforeCall = nullptr) {
+    Answer answer;
+    const CallResult result = callDov({function}, [&](IMirx& hal) {
+        if (beforeCall != nullptr) logInfo(beforeCall);
+        return hal.stateRequest(parcel, &answer.reply);
+    });
+    answer.ok = result == CallResult::kOk;
+    answer.sent = answer.ok || result == CallResult::kFailed;
+    return answer;
 }
 
-// Sends the parcel. `ready` is asked just before, with the lock held shared; when it gives false,
-// nothing is sent.
-//
-// Returns the reply, empty when the call failed; nothing when no call was made.
-template <typename Ready>
-std::optional<Reply> query(const char* function, const MirxRequestParcel& parcel, Ready ready) {
-    Reply reply;
-    const CallResult result =
-            callDov({function}, [&](IMirx& hal) -> std::optional<ndk::ScopedAStatus> {
-                if (!ready()) return std::nullopt;
-                return hal.stateRequest(parcel, &reply);
-            });
-    switch (result) {
-        case CallResult::kOk: return reply;
-        case CallResult::kFailed: return Reply();
-        default: return std::nullopt;
-    }
+// The first element with this id; null when there is none.
+const MirxRequestData* find(const Reply& reply, int32_t id) {
+    const auto found =
+            std::find_if(reply.begin(), reply.end(),
+                         [id](const MirxRequestData& element) { return element.id == id; });
+    return found == reply.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
 int32_t DovMutiResStateRequest(std::vector<Resource>& resources) {
     logInfo("DovMutiResStateRequest enter");
-    auto reply = query("DovMutiResStateRequest", makeParcel(kStateQuery, toRequestData(resources)),
-                       [&resources] {
-                           if (resources.empty()) logError("input resource is empty, return");
-                           return !resources.empty();
-                       });
-    if (!reply) return -1;
-    if (reply->empty()) {
-        logError("failed to get resource value");
+    if (resources.empty()) {
+        callDov({"DovMutiResStateRequest"}, [](IMirx&) -> Attempt {
+            logError("input resource is empty, return");
+            return std::nullopt;
+        });
         return -1;
     }
+    const Answer answer =
+            query("DovMutiResStateRequest", makeParcel(mirx::kStateQuery, toElements(resources)));
+    if (answer.sent && answer.reply.empty()) logError("failed to get resource value");
+    if (!answer.ok || answer.reply.empty()) return -1;
     int32_t count = 0;
-    const ReplyIndex index(*reply);
     for (Resource& resource : resources) {
-        const MirxRequestData* found = index.first(resource.opcode);
+        const MirxRequestData* found = find(answer.reply, resource.opcode);
         if (found == nullptr) {
             logInfo("not match any opcode in dovcore");
         } else if (found->value) {
@@ -105,19 +112,18 @@ void DovResStateRequest(int32_t opcode, std::string& value) {
 
 int32_t DovGetHistory(std::string& history) {
     logInfo("dov client DovGetHistory");
-    const auto reply = query("DovGetHistory", makeParcel(kHistoryQuery), [] {
-        logInfo("dov client hal DovGetHistory");
-        return true;
-    });
-    if (!reply) return -1;
-    if (reply->empty()) {
+    const Answer answer =
+            query("DovGetHistory", makeParcel(mirx::kHistoryQuery), "dov client hal DovGetHistory");
+    if (!answer.sent) return -1;
+    if (!answer.ok || answer.reply.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "failed to get history or return vector empty, data vector size %d", 0);
+                            "failed to get history or return vector empty, data vector size %d",
+                            answer.size());
         return -1;
     }
     history = "start:";
     const char* separator = "";
-    for (const MirxRequestData& element : *reply) {
+    for (const MirxRequestData& element : answer.reply) {
         history += separator;
         history += element.extra ? std::string_view(*element.extra) : "none";
         separator = ";";
@@ -129,31 +135,29 @@ int32_t DovGetHistory(std::string& history) {
 
 int32_t DovGetPowerConsis() {
     logInfo("dov client DovGetPowerConsis");
-    MirxRequestParcel parcel =
-            makeParcel(kPowerConsumptionQuery, toRequestData({Resource{kPowerConsumption, "0 1 35"},
-                                                              {kPowerConsumption, "1 1 35"},
-                                                              {kPowerConsumption, "2 1 35"}}));
+    MirxRequestParcel parcel = makeParcel(mirx::kPowerConsumptionQuery,
+                                          toElements({Resource{kPowerConsumption, "0 1 35"},
+                                                      {kPowerConsumption, "1 1 35"},
+                                                      {kPowerConsumption, "2 1 35"}}));
     parcel.packageName = "none";
-    const auto reply = query("DovGetPowerConsis", parcel, always);
-    if (!reply || reply->empty()) return -1;
-    return std::stoi(reply->front().value.value());
+    const Answer answer = query("DovGetPowerConsis", parcel);
+    if (!answer.ok || answer.reply.empty()) return -1;
+    return std::stoi(answer.firstValue());
 }
 
 int32_t DovGetPMStatus(int32_t mode) {
     logInfo("dov client DovGetPMStatus");
-    const auto reply = query("DovGetPMStatus", makeParcel(kPowerModeQuery, mode), [] {
-        logInfo("dov client hal DovGetPMStatus");
-        return true;
-    });
-    if (!reply) return -1;
-    if (reply->empty()) {
+    const Answer answer = query("DovGetPMStatus", makeParcel(mirx::kPowerModeQuery, mode),
+                                "dov client hal DovGetPMStatus");
+    if (!answer.sent) return -1;
+    if (!answer.ok || answer.reply.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "failed to get power mode status, mode %d, data vector size %d", mode,
-                            0);
+                            answer.size());
         return -1;
     }
-    const std::string& status = reply->front().value.value();
-    // To the standard output, not to the log: callers look for the lines there.
+    const std::string& status = answer.firstValue();
+    // Compat: these lines go to the standard output, not to the log.
     try {
         return std::stoi(status);
     } catch (const std::invalid_argument& exception) {
@@ -166,13 +170,13 @@ int32_t DovGetPMStatus(int32_t mode) {
 
 int32_t Dov_fetch_dataset(std::vector<Resource>& dataset) {
     logInfo("Dov_fetch_dataset enter");
-    const auto reply = query("Dov_fetch_dataset", makeParcel(kDatasetFetch), always);
-    if (!reply) return -1;
-    if (reply->empty()) {
+    const Answer answer = query("Dov_fetch_dataset", makeParcel(mirx::kDatasetFetch));
+    if (!answer.sent) return -1;
+    if (!answer.ok || answer.reply.empty()) {
         logError("failed to get resource value");
         return -1;
     }
-    for (const MirxRequestData& element : *reply) {
+    for (const MirxRequestData& element : answer.reply) {
         dataset.push_back({element.id, element.value.value()});
     }
     return static_cast<int32_t>(dataset.size());
@@ -180,12 +184,12 @@ int32_t Dov_fetch_dataset(std::vector<Resource>& dataset) {
 
 int32_t DovGetFeatureStatus(int32_t featureId) {
     logInfo("DovGetFeatureStatus enter");
-    const auto reply = query("DovGetFeatureStatus", makeParcel(kFeatureQuery, featureId), always);
-    if (!reply) return -1;
-    if (reply->size() != 1) {
+    const Answer answer = query("DovGetFeatureStatus", makeParcel(mirx::kFeatureQuery, featureId));
+    if (!answer.sent) return -1;
+    if (answer.reply.size() != 1) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "failed to get resource value, %d",
-                            static_cast<int>(reply->size()));
+                            answer.size());
         return -1;
     }
-    return std::stoi(reply->front().value.value());
+    return answer.ok ? std::stoi(answer.firstValue()) : -1;
 }

@@ -1,4 +1,4 @@
-// Resources as the service receives them.
+// Resources as elements of a request.
 #pragma once
 
 #include <vector>
@@ -9,18 +9,19 @@
 
 namespace dov {
 
-inline dovcommon::MirxRequestData toRequestData(const DovClient::Resource& resource) {
+// An absent value stays absent.
+inline dovcommon::MirxRequestData toElement(const DovClient::Resource& resource) {
     dovcommon::MirxRequestData data;
     data.id = resource.opcode;
-    data.value = resource.value;  // absent stays absent
+    data.value = resource.value;
     return data;
 }
 
-inline std::vector<dovcommon::MirxRequestData> toRequestData(
+inline std::vector<dovcommon::MirxRequestData> toElements(
         const std::vector<DovClient::Resource>& resources) {
     std::vector<dovcommon::MirxRequestData> list;
     list.reserve(resources.size());
-    for (const DovClient::Resource& resource : resources) list.push_back(toRequestData(resource));
+    for (const DovClient::Resource& resource : resources) list.push_back(toElement(resource));
     return list;
 }
 

@@ -5,13 +5,14 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include <cutils/trace.h>
 
 namespace dov {
 
-// Collects the name piece by piece without allocating; what does not fit is cut off.
+// Collects the name piece by piece, without allocating; cuts off what does not fit.
 class TraceName {
   public:
     explicit TraceName(std::string_view text) { append(text); }
@@ -29,7 +30,12 @@ class TraceName {
         return append(std::string_view(digits.data(), static_cast<size_t>(end - digits.begin())));
     }
 
-    // Begins and at once ends a section with this name, if tracing is on: it marks the call, it
+    // A zero character in the text ends the name there.
+    TraceName& appendOrNone(const std::string& text) {
+        return append(text.empty() ? std::string_view("none") : text);
+    }
+
+    // Begins a section with this name and ends it at once, if tracing is on: it marks the call and
     // does not span it.
     void mark() {
         mText[mLength] = '\0';
@@ -40,7 +46,7 @@ class TraceName {
   private:
     static constexpr size_t kMaxLength = 1022;
 
-    std::array<char, kMaxLength + 1> mText;  // the rest of it is never looked at
+    std::array<char, kMaxLength + 1> mText;  // not initialised behind mLength
     size_t mLength = 0;
 };
 
