@@ -1,7 +1,6 @@
-// Finds the id of an action: one hash of the name and a comparison or two.
+// Finds an action's id by its name.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -18,18 +17,16 @@ inline constexpr size_t kActionTextSize = [] {
     return size;
 }();
 
-// The names and a hash table over them. Both are computed by the compiler and hold no pointer, so
-// they lie in memory that all processes share, and a look-up may run before the library's own
-// initialisers.
+// The names and a hash table over them. The compiler computes both, and they hold no pointers, so
+// the loader relocates nothing and all processes share them.
 class ActionIndex {
   public:
     consteval ActionIndex() {
         size_t end = 0;
-        mSlots.fill(kNone);
+        for (uint8_t& slot : mSlots) slot = kNone;
         for (size_t id = 0; id < kActionNames.size(); ++id) {
             const std::string_view text = kActionNames[id];
-            std::copy(text.begin(), text.end(), mText.begin() + static_cast<ptrdiff_t>(end));
-            end += text.size();
+            for (const char c : text) mText[end++] = c;
             mEnds[id] = static_cast<uint16_t>(end);
             uint8_t& slot = mSlots[slotOf(text)];
             if (slot == kNone) slot = static_cast<uint8_t>(id);  // the first of two equals wins
@@ -52,7 +49,7 @@ class ActionIndex {
     }
 
   private:
-    // More than twice as many as there are names, so a search ends soon.
+    // More than twice the number of names, so that searches are short.
     static constexpr size_t kSlots = 512;
     static constexpr uint8_t kNone = std::numeric_limits<uint8_t>::max();
     static_assert(kActionNames.size() <= kNone && kActionNames.size() < kSlots);
@@ -65,7 +62,7 @@ class ActionIndex {
         return hash;
     }
 
-    // Where the name is, or else the free slot where it would be.
+    // The slot of the name, or the free slot where it would be.
     constexpr size_t slotOf(std::string_view text) const {
         size_t slot = hashOf(text) % kSlots;
         while (mSlots[slot] != kNone && name(mSlots[slot]) != text) slot = (slot + 1) % kSlots;
@@ -79,7 +76,7 @@ class ActionIndex {
 
 inline constexpr ActionIndex kActionIndex;
 
-// The id of the action that an event id names: "VANTEL_" and then the action's name, exactly.
+// The id of the action that an event id names: "VANTEL_" followed by the action's exact name.
 constexpr std::optional<int32_t> findAction(std::string_view eventId) {
     constexpr std::string_view kPrefix = "VANTEL_";
     if (!eventId.starts_with(kPrefix)) return std::nullopt;

@@ -6,11 +6,11 @@
 
 namespace dovwrapper {
 
-// The id of an action is its place here, so nothing may be moved, removed or respelled, and a new
-// action goes to the end. The names that stand twice keep the later ids in place; those ids cannot
-// be reached by name.
+// An action's id is its index here: do not move, remove or rename any, and add new ones at the end.
+// Compat: five names occur twice. The second one keeps the later ids in place; a look-up never
+// returns its own id.
 // clang-format off
-inline constexpr auto kActionNames = std::to_array<std::string_view>({
+inline constexpr std::array<std::string_view, 199> kActionNames = {
     // 0
     "ACTION_LAUNCH",
     "ACTION_COLD_LAUNCH",
@@ -230,9 +230,9 @@ inline constexpr auto kActionNames = std::to_array<std::string_view>({
     "ACTION_GAME_ASSISTANT_SLIDE",
     "ACTION_CAMERA_APS_INNER_THDR_CAPTURE",
     "ACTION_CAMERA_APS_INNER_THDR_CAPTURE_L1",
-});
+};
 // clang-format on
 
-static_assert(kActionNames.size() == 199);
+static_assert(!kActionNames.back().empty());  // as many names as the array has places
 
 }  // namespace dovwrapper

@@ -1,4 +1,4 @@
-// The wrapper's three calls: actions by name, their release, and what a scene sends.
+// DovEventAcquireWrapper, DovReleaseWapper and DovNotifyWapper with its table of scenes.
 #include <utility>
 
 #include <android/log.h>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kLogTag[] = "[DOV_CLIENT_WRAPPER]";
 
-// What the scenes set, where it is not taken from their description.
+// Opcodes that scenes set with values of their own.
 constexpr int32_t kSceneFlag = 0x010103a0;
 constexpr int32_t kSceneEnable = 0x010112f0;
 constexpr int32_t kSceneLimit = 0x01011910;
@@ -30,13 +30,13 @@ void rule(int32_t ruleId, int32_t status, const std::vector<DovClient::Resource>
     dovRuleCtl(ruleId, status, resources);
 }
 
-// The table of the scenes, row by row: the first row that applies makes the one call, and a scene
-// without a row sends nothing.
+// The table of scenes. The first row that matches makes the only call; a scene without a row sends
+// nothing.
 void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
     const bool on = type == 1;
     const bool off = type == 0;
     const bool onWithData = on && !data.empty();
-    using std::move, std::to_string;
+    using std::to_string;
     // clang-format off
     if (oneOf(src, 1, 10, 11, 12, 16, 110, 129, 1000)) return rule(src, type);
 
@@ -46,9 +46,9 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
     if (src == 8 && oneOf(type, 0, 1, 2))            return rule(8, type);
 
     if (src == 9 && on)  return rule(9, 1, {{kSceneEnable, "enable 0"}, {kSceneLimit, "0"}});
-    if (src == 9 && off) return rule(9, 0);  // no "enable 1": the service relies on the empty list
+    if (src == 9 && off) return rule(9, 0);  // Compat: an empty list, not "enable 1"
 
-    if (src == 14 && on)  return rule(14, 1, getGameUpgradeList(0, 0, level, 0, 0, move(data)));
+    if (src == 14 && on)  return rule(14, 1, getGameUpgradeList(0, 0, level, 0, 0, std::move(data)));
     if (src == 14 && off) return clrGameUpgradeMode(14, 0);
 
     if (src == 15 && oneOf(type, -1, 0, 1)) return rule(15, (type & 0xff) | (level << 8));
@@ -59,13 +59,13 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
 
     if (src == 111 && oneOf(type, -1, 0, 1)) return rule(111, type, {{kSceneFlag, to_string(type)}});
 
-    if (src == 130 && onWithData) return rule(130, 1, getTargetLoadList(move(data)));
+    if (src == 130 && onWithData) return rule(130, 1, getTargetLoadList(std::move(data)));
     if (src == 130 && off)        return rule(130, 0);
 
-    if (src == 131 && onWithData) return rule(131, 1, getColocationList(move(data)));
+    if (src == 131 && onWithData) return rule(131, 1, getColocationList(std::move(data)));
     if (src == 131 && off)        return rule(131, 0);
 
-    if (src == 9000 && onWithData) return rule(9000, 1, getGameAdpList(move(data)));
+    if (src == 9000 && onWithData) return rule(9000, 1, getGameAdpList(std::move(data)));
     if (src == 9000 && off)        return rule(9000, 0);
     // clang-format on
 }
@@ -76,10 +76,9 @@ void sendScene(int32_t src, int32_t type, int32_t level, std::string data) {
 
 int32_t DovEventAcquireWrapper(std::string eventId, std::string scene, std::string identity,
                                int32_t timeout) {
-    __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                        "[%s] eventId:%s, scene:%s, identity:%s, timeout:%d",
-                        "DovEventAcquireWrapper", orNone(eventId).data(), orNone(scene).data(),
-                        orNone(identity).data(), timeout);
+    __android_log_print(
+            ANDROID_LOG_INFO, kLogTag, "[%s] eventId:%s, scene:%s, identity:%s, timeout:%d",
+            "DovEventAcquireWrapper", orNone(eventId), orNone(scene), orNone(identity), timeout);
     const auto action = dovwrapper::findAction(eventId);
     return action ? DovEventAcquire(*action, scene, identity, timeout, {}) : -1;
 }
@@ -92,7 +91,7 @@ void DovReleaseWapper(int32_t handle) {
 int32_t DovNotifyWapper(std::string name, int32_t src, int32_t type, int32_t level,
                         int32_t /*reserved1*/, int32_t /*reserved2*/, std::string data) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "[%s] %s, src:%d, type:%d", "DovNotifyWapper",
-                        orNone(name).data(), src, type);
+                        orNone(name), src, type);
     sendScene(src, type, level, std::move(data));
     return 0;
 }

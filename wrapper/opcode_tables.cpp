@@ -1,11 +1,11 @@
-// The opcode tables: one array, whose parts have names of their own.
+// The opcode tables: one array with a symbol for each part.
 #include "wrapper/opcode_tables.h"
 
 #include <iterator>
 
 #include <dov/DovWrapper.h>
 
-// A position in a scene description may run past its table into the next ones, so the order counts.
+// Compat: a position beyond the end of a table selects from the next, so the order matters.
 // clang-format off
 extern "C" [[gnu::used]] const int32_t dovOpcodes[] = {
     0x010108a0, 0x010108b0, 0x010108c0,              // opCodeTargetLoad
@@ -16,8 +16,8 @@ extern "C" [[gnu::used]] const int32_t dovOpcodes[] = {
 };
 // clang-format on
 
-// Makes `name` an array in its own right, of `length` entries of dovOpcodes from `first` on. C++
-// has no such thing, the assembler has.
+// Defines `name` as a symbol for `length` entries of dovOpcodes from `first`. C++ cannot alias part
+// of an array; the assembler can.
 #define OPCODE_TABLE(name, table, first, length)                \
     static_assert(dovwrapper::table == (first));                \
     static_assert(std::size(name) == (length));                 \

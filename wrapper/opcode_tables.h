@@ -1,4 +1,4 @@
-// The opcodes that scene descriptions stand for.
+// The opcodes that the list builders use.
 #pragma once
 
 #include <cstddef>
@@ -6,10 +6,10 @@
 
 namespace dovwrapper {
 
-// All opcode tables in one: dov/DovWrapper.h names its parts.
+// All opcode tables in one array; dov/DovWrapper.h declares its parts.
 extern "C" const int32_t dovOpcodes[19];
 
-// Where in dovOpcodes each table begins.
+// The index in dovOpcodes at which each table begins.
 enum OpcodeTable : size_t {
     kTargetLoad = 0,
     kCoreBoost = 3,

@@ -1,4 +1,4 @@
-// stringUtils, and its counterparts without copies.
+// stringUtils, and the same functions on string_views.
 #include <algorithm>
 #include <charconv>
 
@@ -9,17 +9,18 @@
 namespace dovwrapper {
 
 std::optional<std::string_view> Pieces::next() {
-    // By hand: texts are short and there is one delimiter mostly, which the standard library's
-    // searches take a call for each character to find.
+    // Written out: texts are short, usually with one delimiter, and the library searches cost a
+    // call per character.
     const auto isDelimiter = [this](char c) {
         return mDelimiters.size() == 1 ? c == mDelimiters.front()
                                        : mDelimiters.find(c) != std::string_view::npos;
     };
     const auto begin = std::find_if_not(mRest.begin(), mRest.end(), isDelimiter);
-    if (begin == mRest.end()) return std::nullopt;
-    const auto end = std::find_if(begin, mRest.end(), isDelimiter);
-    const std::string_view piece(begin, end);
-    mRest = std::string_view(end, mRest.end());
+    mRest.remove_prefix(static_cast<size_t>(begin - mRest.begin()));
+    if (mRest.empty()) return std::nullopt;
+    const auto end = std::find_if(mRest.begin(), mRest.end(), isDelimiter);
+    const std::string_view piece = mRest.substr(0, static_cast<size_t>(end - mRest.begin()));
+    mRest.remove_prefix(piece.size());
     return piece;
 }
 

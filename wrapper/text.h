@@ -1,4 +1,4 @@
-// The string utilities without copies, for the list builders.
+// String utilities on string_views, for the list builders.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,14 @@
 
 namespace dovwrapper {
 
-// Takes a text apart at any of a set of delimiter characters, piece by piece; no piece is empty.
-// The text and the set must outlive it.
+// Splits a text at any of a set of delimiter characters; no piece is empty. The text and the set
+// must outlive it.
 class Pieces {
   public:
     Pieces(std::string_view text, std::string_view delimiters)
         : mRest(text), mDelimiters(delimiters) {}
 
-    // The next piece, or nothing at the end.
+    // The next piece; nothing at the end.
     std::optional<std::string_view> next();
 
   private:
@@ -22,14 +22,14 @@ class Pieces {
     std::string_view mDelimiters;
 };
 
-// The first two pieces of a text, when it has two.
+// The first two pieces of a text; nothing when it has fewer.
 struct Pair {
     std::string_view first;
     std::string_view second;
 };
 std::optional<Pair> firstTwo(std::string_view text, std::string_view delimiters);
 
-// See stringUtils; these give parts of `text`.
+// Like stringUtils, but return parts of `text`.
 std::string_view trimLeft(std::string_view text, std::string_view chars);
 std::string_view trimRight(std::string_view text, std::string_view chars);
 std::string_view trim(std::string_view text, std::string_view chars);
