@@ -1,5 +1,5 @@
 /// @file
-/// The one record that every resource list of the library is made of.
+/// The element of every resource list.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 
 namespace DovClient {
 
-/// One resource setting. A plain value: copying copies the text, an absent value stays absent.
+/// One resource setting. Copying copies the text; an absent value stays absent.
 struct Resource {
-    /// Which resource; 0 names none. The service defines the opcodes.
+    /// The resource; 0 names none. The service defines the opcodes.
     int32_t opcode = 0;
-    /// The value to set, as text. Which calls accept an absent or empty one is said there.
+    /// The value to set, as text. Each call documents whether it accepts an absent or empty value.
     std::optional<std::string> value;
 };
 

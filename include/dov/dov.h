@@ -1,6 +1,43 @@
 /// @file
-/// The event interface: acquire performance for an event, a list of resources or a platform
-/// request, and give it back; tell the service about the system; ask it for state.
+/// The event interface: acquire resources for an event, a resource list or a platform request and
+/// release them; send notifications; query state. Rules for every function of this header:
+///
+/// Binding. The first call looks up the service "vendor.tavro.hardware.mirx.IMirx/default" and
+/// links to its death; later calls share that proxy, which is not the low-level client's. The
+/// look-up NEVER WAITS: a call made while the service is absent fails at once. After the service
+/// has died, or after a call has failed, the next call binds again. No call is retried.
+///
+/// Blocking. A call blocks until the service answers; there is no time-out. A call that hangs in
+/// the service does not stop other calls by itself. But as soon as another call fails, or the death
+/// of the service is notified, that thread waits for the hanging call in order to drop the proxy,
+/// and every later call of this interface waits behind it.
+///
+/// Threads. Any thread may call any function; calls run in parallel. The notice of the service's
+/// death arrives on a binder thread, so the process needs a thread pool
+/// (ABinderProcess_startThreadPool). Without one, the first call after the death fails and the next
+/// one binds again.
+///
+/// Exit. During exit, once the library's globals are being destroyed, calls fail without calling
+/// the service. dlclose leaves the library loaded until the process ends.
+///
+/// Log. All lines have the tag "[DOV_CLIENT]". What prevents a call is logged at error priority:
+/// "Mirx is not declared, AServiceManager_isDeclared:%d", "Mirx HAL Service not found" or "Unable
+/// to link to g_dov_hal death notifications!", each followed by "dov_get_mirx_hal_and_link_to_death
+/// error:%d". A failed call is logged as "%s() failed : mirx HAL service not available", a death as
+/// "Mirx HAL Service died". An empty package or identity is logged as "none".
+///
+/// Ownership. Arguments are only read during the call. A handle belongs to the caller, who releases
+/// it with DovRelease; the library keeps no list of handles. A HANDLE DIES WITH ITS SERVICE: never
+/// release it to a service that was started later, where the same number may belong to another
+/// client.
+///
+/// Errors. Functions throw only when memory is exhausted, except for the queries that say
+/// otherwise: they throw a standard exception for a reply that they cannot read. No lock is held
+/// then, the proxy is kept and the next call works. In a caller that is built without exceptions
+/// such a reply ends the process.
+///
+/// Names. All functions but dovGetRandomHandle have unmangled names, although they take C++ types:
+/// build the caller with the library's own C++ standard library.
 #pragma once
 
 #include <cstdint>
@@ -9,175 +46,138 @@
 
 #include <dov/Resource.h>
 
-/// @file
-/// Rules for every function of this header:
-///
-/// Binding. The first call looks the service "vendor.tavro.hardware.mirx.IMirx/default" up and
-/// links to its death; later calls share that proxy, which is not the one of the low-level client.
-/// The look-up NEVER WAITS: a call made while the service is absent fails at once. After the
-/// service has died, or after a call that failed, the next call binds again; nothing is retried
-/// within a call. A call blocks for as long as the service takes to answer it.
-///
-/// Threads. Any thread may call any function; calls run in parallel. Notice of the service's death
-/// arrives on a binder thread, so the process needs a thread pool (ABinderProcess_startThreadPool);
-/// without one, the first call after the death fails and the one after it binds again.
-///
-/// The end. Once the process exits and the library's globals go, calls fail without calling the
-/// service. The library stays loaded until then, also when dlclose gives it back.
-///
-/// Log. Everything goes to the tag "[DOV_CLIENT]". What keeps a call from being made is logged at
-/// error priority: "Mirx is not declared, AServiceManager_isDeclared:%d", "Mirx HAL Service not
-/// found" or "Unable to link to g_dov_hal death notifications!", each followed by
-/// "dov_get_mirx_hal_and_link_to_death error:%d"; and "%s() failed : mirx HAL service not
-/// available" when the call itself failed. Empty texts are logged as "none".
-///
-/// Ownership. Arguments are read during the call only. A handle belongs to the caller, who gives it
-/// to DovRelease; the library keeps no list of handles.
-///
-/// Errors. Only memory exhaustion makes a function throw, except for the queries that say
-/// otherwise: a reply that they cannot read leaves them as an exception of the standard library. No
-/// lock is held then, the binding stays, and the next call works.
-///
-/// The functions have plain C names but take C++ types: build the caller with the library's own C++
-/// standard library.
-
 #pragma GCC visibility push(default)
 
 extern "C" {
 
-/// Asks the service to initialise. No other call needs it first.
+/// Asks the service to initialise. Other calls do not require it.
 ///
-/// Returns 0, -1 when the service could not be bound, or -2 when its initialisation failed. Logs
-/// "dovInit enter" (at error priority).
+/// Returns 0; -1 when the service could not be bound; -2 when its initialisation failed. Logs
+/// "dovInit enter" at error priority.
 int32_t dovInit();
 
-/// Acquires what the service holds for an event.
+/// Acquires the resources that the service provides for an event.
 ///
-/// @param cmdid the event; -2 and -3 stand for a plain resource list and a platform request (see
-/// the two
-///   functions below).
+/// @param cmdid the event's id; -2 and -3 request a plain resource list and a platform request, as
+///   DovResAcquire and DovPlatformResAcquire do.
 /// @param pkg package name of the caller; may be empty.
-/// @param identity free text that says who asks; may be empty.
-/// @param duration how long to hold, in the service's unit; 0 or less holds until DovRelease.
-/// @param resources further resources to set; an absent value is sent as absent. May be empty.
+/// @param identity free text that identifies the requester; may be empty.
+/// @param duration how long to hold the resources, in the service's unit and meaning.
+/// @param resources more resources to set; may be empty. An absent value is sent as absent.
 ///
-/// Returns the handle that the service chose, or -1 when nothing was acquired. Marks a trace
-/// section with the arguments. Logs the call at information priority and, when the call failed,
-/// "mirxResCtlRequest error:%d".
+/// Returns the handle that the service chose; -1 when nothing was acquired. Marks a trace section
+/// with the arguments. Logs the call at information priority and, when it failed,
+/// "mirxResCtlRequest error:%d" at error priority.
 int32_t DovEventAcquire(int32_t cmdid, const std::string& pkg, const std::string& identity,
                         int32_t duration, const std::vector<DovClient::Resource>& resources);
 
-/// DovEventAcquire without waiting for the service's work: parameters as there.
+/// DovEventAcquire without waiting for the service; the parameters are the same.
 ///
-/// Returns a handle that the library chose at random, also when the call failed, so that the caller
-/// releases it in any case; -1 when the service could not be bound or no random number could be
-/// had. Logs every resource at debug priority.
+/// Returns a handle that the library has drawn at random. A failed call returns it too: release it
+/// in any case. Returns -1 when the service could not be bound, and also when no random number is
+/// to be had; the request is then sent with handle -1. Logs each resource at debug priority.
 int32_t DovEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::string& identity,
                               int32_t duration, const std::vector<DovClient::Resource>& resources);
 
-/// Acquires a plain list of resources: DovEventAcquire with cmdid -2 and an empty package; `pkg` is
+/// Acquires a plain resource list: DovEventAcquire with cmdid -2 and an empty package. `pkg` is
 /// never read.
 int32_t DovResAcquire(const std::vector<DovClient::Resource>& resources, const std::string& pkg,
                       const std::string& identity, int32_t duration);
 
-/// Acquires a platform request: DovEventAcquire with cmdid -3; `unused` is never read. The identity
+/// Acquires a platform request: DovEventAcquire with cmdid -3. `unused` is never read. The identity
 /// comes before the package.
 int32_t DovPlatformResAcquire(const std::vector<DovClient::Resource>& resources,
                               const std::string& unused, const std::string& identity,
                               const std::string& pkg, int32_t duration);
 
-/// Gives back what `handle` acquired. Any value is passed on; an unknown one is the service's to
-/// ignore. Reports nothing to the caller. Marks a trace section.
+/// Releases `handle`. Any value is passed on; an unknown one is for the service to ignore. Reports
+/// nothing to the caller. Marks a trace section.
 void DovRelease(int32_t handle);
 
-/// Tells the service that something has happened. `id` and `arg` are passed on unchanged, their
-/// meaning is the service's. Of `values` the service learns only how many there are; none counts as
-/// one.
+/// Sends a notification. `id` and `arg` are passed on unchanged; the service defines their meaning.
+/// Only the number of `values` is sent; an empty list counts as one value.
 ///
-/// Returns 0 when the service took the notification, -1 otherwise. Logs "DovNotify enter" at
+/// Returns 0 when the service accepted the call, -1 otherwise. Logs "DovNotify enter" at
 /// information priority.
 int32_t DovNotify(int32_t id, int32_t arg, const std::vector<int32_t>& values);
 
-/// Passes two integers of related system information on unchanged; their meaning is the service's.
+/// Sends two numbers of system information unchanged; the service defines their meaning.
 ///
-/// Returns the service's answer, which may itself be -1, or -1 when the call failed. Logs failures
+/// Returns the service's answer, which may itself be -1; -1 when the call failed. Logs failures
 /// only.
 int32_t setRelatedSysInfo(int32_t first, int32_t second);
 
-/// Switches a rule of the service.
+/// Sets the state of one of the service's rules.
 ///
-/// @param ruleId which rule; any value is passed on.
-/// @param status the rule's new state, 0 for off.
-/// @param resources what the rule sets; an absent value is sent as absent. May be empty.
+/// @param ruleId the rule; any value is passed on.
+/// @param status the rule's new state; the service defines the numbers.
+/// @param resources the resources that the rule sets; may be empty. An absent value is sent as
+///   absent.
 ///
-/// Returns the service's answer, which may itself be -1, or -1 when the call failed. Logs ruleId
-/// and status at information priority.
+/// Returns the service's answer, which may itself be -1; -1 when the call failed. Logs ruleId and
+/// status at information priority.
 int32_t dovRuleCtl(int32_t ruleId, int32_t status,
                    const std::vector<DovClient::Resource>& resources);
 
-/// @file
-/// The queries below log their entry at information priority. Their outputs are written after the
-/// reply has come, without a lock, and keep what they held when -1 is returned.
-
-/// Asks for the values of several resources.
+/// Queries the values of several resources. This and the following queries log their entry at
+/// information priority. They write their outputs without a lock, after the reply has arrived, and
+/// leave them unchanged when they return -1.
 ///
-/// @param resources the opcodes to ask for, with values that are sent along where present. The
-/// value of
-///   each resource that the reply gives a value for is replaced; the others keep theirs.
+/// @param resources the opcodes to query; values that are present are sent too. Each resource for
+///   which the reply has a value gets that value; the others keep theirs.
 ///
-/// Returns how many resources received a value, from 0; -1 when the list is empty (nothing is
-/// sent), the call failed or the reply is empty. Logs each value at debug priority, each opcode
-/// that the reply lacks at information priority ("not match any opcode in dovcore"), and at error
-/// priority "input resource is empty, return" or "failed to get resource value".
+/// Returns the number of resources that got a value; -1 when the list is empty (nothing is sent),
+/// the call failed or the reply is empty. Logs each value at debug priority, each opcode that the
+/// reply lacks at information priority ("not match any opcode in dovcore"), and at error priority
+/// "input resource is empty, return" or "failed to get resource value".
 int32_t DovMutiResStateRequest(std::vector<DovClient::Resource>& resources);
 
-/// Asks for the value of one resource and writes it to `value`; without an answer for it, `value`
-/// keeps what it held. For opcode 0x1011670 `value` becomes the decimal text of
-/// DovGetPowerConsis(),
-/// "-1" included, with the exceptions of that function.
+/// Queries the value of one resource and writes it to `value`, which is unchanged when there is no
+/// answer. For opcode 0x1011670, `value` becomes the decimal text of DovGetPowerConsis(), "-1"
+/// included, and that function's exceptions are thrown.
 void DovResStateRequest(int32_t opcode, std::string& value);
 
-/// Asks for the history of requests. `history` becomes "start:", the entries separated by ";" (an
-/// absent one is "none"), and ";end".
+/// Queries the history of requests. `history` becomes "start:", the entries separated by ";" (an
+/// absent entry is "none"), and ";end".
 ///
-/// Returns 0, or -1 when the call failed or there is no entry; logs that at error priority, and the
-/// text at debug priority.
+/// Returns 0; -1 when the call failed or there is no entry, which is logged at error priority. Logs
+/// the text at debug priority.
 int32_t DovGetHistory(std::string& history);
 
-/// Asks for the power consumption.
+/// Queries the power consumption.
 ///
-/// Returns the figure in the service's unit, or -1 when the call failed or the reply is empty.
-/// Throws std::bad_optional_access when the reply has no value, std::invalid_argument when it is no
+/// Returns the figure in the service's unit; -1 when the call failed or the reply is empty. Throws
+/// std::bad_optional_access when the reply has no value, std::invalid_argument when the value is no
 /// decimal number and std::out_of_range when it does not fit.
 int32_t DovGetPowerConsis();
 
-/// Asks for the status of a power mode; which modes there are is the service's.
+/// Queries the status of a power mode; the service defines the modes.
 ///
-/// Returns the status; -1 when the call failed, the reply is empty (both logged at error priority)
-/// or its value is no decimal number or does not fit (both said on the standard output, "Invalid
-/// argument exception: " or "Out of range exception: " and the reason). Throws
-/// std::bad_optional_access when the reply has no value.
+/// Returns the status. Returns -1 when the call failed or the reply is empty, which is logged at
+/// error priority, and when the value is no decimal number or does not fit, which is written to the
+/// standard output ("Invalid argument exception: " or "Out of range exception: " and the reason).
+/// Throws std::bad_optional_access when the reply has no value.
 int32_t DovGetPMStatus(int32_t mode);
 
-/// Asks for the service's data set and appends its entries to `dataset`.
+/// Queries the service's data set and appends its entries to `dataset`.
 ///
-/// Returns how many entries `dataset` then has, or -1 when the call failed or the reply is empty
-/// (logged at error priority). Throws std::bad_optional_access at an entry without a value; the
-/// entries before it have then been appended.
+/// Returns the number of entries that `dataset` then has; -1 when the call failed or the reply is
+/// empty, which is logged at error priority. Throws std::bad_optional_access at an entry without a
+/// value, after appending the entries before it.
 int32_t Dov_fetch_dataset(std::vector<DovClient::Resource>& dataset);
 
-/// Asks for the status of a feature; which features there are is the service's.
+/// Queries the status of a feature; the service defines the features.
 ///
-/// Returns the status, or -1 when the call failed or the reply has any other number of values than
-/// one (logged at error priority with that number). Throws std::bad_optional_access when the reply
-/// has no value, std::invalid_argument when it is no decimal number and std::out_of_range when it
-/// does not fit.
+/// Returns the status; -1 when the call failed or the reply does not have exactly one element,
+/// which is logged at error priority with the number of elements. Throws std::bad_optional_access
+/// when the element has no value, std::invalid_argument when the value is no decimal number and
+/// std::out_of_range when it does not fit.
 int32_t DovGetFeatureStatus(int32_t featureId);
 
 }  // extern "C"
 
-/// Returns a random number from 0 to 2147483647 for use as a handle, or -1 when /dev/urandom cannot
-/// be read (logged with the reason at error priority). Numbers in use are not avoided.
+/// Returns a random number from 0 to 2147483647 for use as a handle; -1 when /dev/urandom cannot be
+/// read, which is logged at error priority. Does not avoid numbers in use.
 int32_t dovGetRandomHandle();
 
 #pragma GCC visibility pop
