@@ -19,8 +19,6 @@ enum RequestKind : int32_t {
     kPowerConsumptionQuery = 0xf,
     kDatasetFetch = 0x10,
     kFeatureQuery = 0x11,
-    // Answered by the simulator alone, with one element whose value is a JSON object: what is held.
-    kHoldsQuery = 0x51300001,
 };
 
 }  // namespace mirx
