@@ -14,7 +14,7 @@ constexpr char kHead[] = R"(# Completes dovctl in bash; generated from its comma
 _dovctl() {
     local word=${COMP_WORDS[COMP_CWORD]} command='' given=0 previous='' options='' valued='' values='' i
     for ((i = 1; i <= COMP_CWORD; i++)); do
-        # An option's value is no word of its own, nor is there anything to list for it.
+        # The value of an option is no argument, and values of options cannot be listed.
         if [[ -n $previous && " $valued " == *" $previous "* ]]; then
             [[ $i != "$COMP_CWORD" ]] || return
         elif [[ $i != "$COMP_CWORD" && ${COMP_WORDS[i]} != -* ]]; then
@@ -37,7 +37,7 @@ constexpr char kTail[] = R"(            *) return ;;
 complete -F _dovctl dovctl
 )";
 
-// One branch of the script: what it may list behind `command`.
+// One branch of the script: what it may list after `command`.
 std::string branch(const std::string& command, std::span<const Parameter> options,
                    const std::set<std::string>& values) {
     std::string text = "            '" + command + "')\n                options='";

@@ -3,7 +3,6 @@
 
 #include "common/service.h"
 #include "dovctl/commands/commands.h"
-#include "dovctl/exit_code.h"
 #include "dovctl/help.h"
 #include "host/manual/pages.h"
 
@@ -14,7 +13,7 @@ using namespace dovctl;
 
 constexpr char kDate[] = "2026-11-21";  // of kVersion
 
-// `text` as roff shows it: no escapes, no requests, and hyphens that can be copied.
+// Escapes `text` for roff: no escapes, no requests, and hyphens that can be copied.
 std::string plain(std::string_view text) {
     std::string roff;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -46,7 +45,7 @@ std::string describe(const Command& command) {
     std::string text = line(".SS", command.name) + line(".B", usageOf(command));
     text += ".PP\n" + plain(command.summary) + ".\n";
     if (command.details != nullptr) text += plain(command.details);
-    // What every command takes stands among the program's options.
+    // The options of every command are among the program's.
     return text + items(argumentRows(command)) + items(optionRows(command.options));
 }
 
@@ -55,26 +54,17 @@ std::string describe(const Command& command) {
 std::string manPage() {
     std::string text =
             std::string(".TH DOVCTL 1 ") + kDate + " \"tavro\\-dov\\-client " + kVersion + "\"\n";
-    text += ".SH NAME\ndovctl \\- ask the resource\\-control service for performance\n";
+    text += ".SH NAME\ndovctl \\- request performance from the resource\\-control service\n";
     text += ".SH SYNOPSIS\n" + line(".B", "dovctl [OPTION]... COMMAND [ARGUMENT]...");
     text += ".SH DESCRIPTION\n" +
-            plain(std::string("Makes one call of the library libtavro-dov-client, which asks the "
-                              "service ") +
-                  dovcommon::kServiceName + ", and prints the answer.\n");
-    text += ".SH OPTIONS\nThe first two are taken behind the command too.\n" +
+            plain(std::string("Makes one call of the library libtavro-dov-client to the service ") +
+                  dovcommon::kServiceName + " and prints the answer.\n");
+    text += ".SH OPTIONS\nThe first two are also accepted after the command.\n" +
             items(optionRows(globalOptions()));
     text += ".SH COMMANDS\n";
     for (const Command* command : commands()) text += describe(*command);
-    Rows codes;
-    for (const auto& [code, meaning] : kExitCodes) {
-        codes.emplace_back(std::to_string(code), meaning);
-    }
-    text += ".SH EXIT STATUS\n" + items(codes);
-    text += ".SH ENVIRONMENT\n" +
-            items({{"DOV_SERVICE_DIR",
-                    "the folder of the services on a machine without a binder driver; if it is not "
-                    "set, tavro-services in XDG_RUNTIME_DIR, else tavro-services-UID in /tmp"}});
-    return text;
+    text += ".SH EXIT STATUS\n" + items(exitCodeRows());
+    return text + ".SH ENVIRONMENT\n" + items(environmentRows());
 }
 
 }  // namespace manual

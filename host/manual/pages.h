@@ -1,14 +1,14 @@
-// What is generated from the tables of dovctl's commands for those who use it.
+// Pages for users, generated from the tables of dovctl's commands.
 #pragma once
 
 #include <string>
 
 namespace manual {
 
-// The manual page, for man.
+// The manual page, in roff.
 std::string manPage();
 
-// A script for bash that completes commands, options and the values that can be listed.
+// A bash script that completes commands, options and the values that can be listed.
 std::string bashCompletion();
 
 }  // namespace manual

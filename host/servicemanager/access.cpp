@@ -1,4 +1,4 @@
-// Who may do what with the service manager of a guest: everybody everything. A device asks SELinux.
+// Access control of a guest's service manager: everything is allowed. A device asks SELinux.
 #include <Access.h>
 
 #include <binder/IPCThreadState.h>

@@ -1,9 +1,7 @@
-// A registered service as other processes see it: a file in the services' folder that its process
-// keeps locked.
+// Registration files: the service's process keeps its file in the services' folder locked.
 #include "host/services/registration.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -35,8 +33,7 @@ android::base::unique_fd publish(const std::string& path, const std::string& soc
     const std::string temporary = socket + ".new";
     android::base::unique_fd fd(
             open(temporary.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    // The lock belongs to the open file, not to the process: it can be asked for from the same
-    // process too.
+    // The lock belongs to the open file, not to the process, so the same process can query it too.
     struct flock lock = wholeFile();
     const std::string content = std::to_string(getpid()) + "\n" + socket + "\n";
     if (!fd.ok() || fcntl(fd.get(), F_OFD_SETLK, &lock) != 0 ||
@@ -53,13 +50,9 @@ android::base::unique_fd publish(const std::string& path, const std::string& soc
 std::optional<Registration> readRegistration(const std::string& path) {
     const android::base::unique_fd fd(open(path.c_str(), O_RDWR | O_CLOEXEC));
     struct flock lock = wholeFile();
-    struct stat file = {};
-    if (!fd.ok() || fcntl(fd.get(), F_OFD_GETLK, &lock) != 0 || fstat(fd.get(), &file) != 0) {
-        return {};
-    }
+    if (!fd.ok() || fcntl(fd.get(), F_OFD_GETLK, &lock) != 0) return {};
     std::string content;
-    Registration registration{
-            .live = lock.l_type != F_UNLCK, .device = file.st_dev, .inode = file.st_ino};
+    Registration registration{.live = lock.l_type != F_UNLCK};
     if (!android::base::ReadFdToString(fd, &content)) return {};
     std::istringstream lines(content);
     lines >> registration.pid >> std::ws;

@@ -1,5 +1,4 @@
-// A service manager without a driver: services answer on UNIX sockets in a folder that only their
-// owner can use.
+// A service manager without a driver, over UNIX sockets in a folder that only its owner can use.
 #include "host/services/socket_service_manager.h"
 
 #include <poll.h>
@@ -34,8 +33,8 @@ using android::base::unique_fd;
 
 namespace {
 
-// How many calls of one client a service works on at the same time, and how many callbacks of one
-// service a client. The second must not be 0, or neither callbacks nor death notices arrive.
+// How many calls of one client a service handles at once, and how many callbacks of one service a
+// client handles at once. With 0 callback threads, neither callbacks nor death notices arrive.
 constexpr size_t kServiceThreads = 8;
 constexpr size_t kCallbackThreads = 4;
 
@@ -96,12 +95,20 @@ status_t SocketServiceManager::addService(const String16& name, const sp<IBinder
     unique_fd fd = bindSocket(served.socket);
     if (!fd.ok()) {
         const int error = errno;
-        logError(served.socket, std::strerror(error));
+        logError(served.socket,
+                 error == ENAMETOOLONG
+                         ? "is longer than the 107 bytes that a socket's path can "
+                           "have; DOV_SERVICE_DIR must name a folder with a shorter path"
+                         : std::strerror(error));
         return -error;
     }
     served.server = RpcServer::make();
     served.server->setMaxThreads(kServiceThreads);
     served.server->setRootObject(service);
+    // dump() brings a file descriptor.
+    served.server->setSupportedFileDescriptorTransportModes(
+            {RpcSession::FileDescriptorTransportMode::NONE,
+             RpcSession::FileDescriptorTransportMode::UNIX});
     if (const status_t status = served.server->setupRawSocketServer(std::move(fd));
         status != android::OK) {
         logError(served.socket, "cannot be listened on: " + android::statusToString(status));
@@ -151,17 +158,18 @@ sp<IBinder> SocketServiceManager::checkService(const String16& name) const {
         const Connected& connected = known->second;
         const sp<IBinder> binder = connected.binder.promote();
         if (binder != nullptr && binder->isBinderAlive() &&
-            connected.device == registration->device && connected.inode == registration->inode) {
+            connected.socket == registration->socket) {
             return binder;
         }
     }
     const sp<RpcSession> session = RpcSession::make();
     session->setMaxIncomingThreads(kCallbackThreads);
-    // Fails when the process has died since; then the service is not running.
+    session->setFileDescriptorTransportMode(RpcSession::FileDescriptorTransportMode::UNIX);
+    // Fails if the process has died meanwhile; then the service is not running.
     if (session->setupUnixDomainClient(registration->socket.c_str()) != android::OK) return nullptr;
     sp<IBinder> binder = session->getRootObject();
     if (binder != nullptr) {
-        mConnected[instance] = {binder, registration->device, registration->inode};
+        mConnected[instance] = {binder, registration->socket};
     }
     return binder;
 }
@@ -177,8 +185,8 @@ sp<IBinder> SocketServiceManager::getService(const String16& name) const {
 sp<IBinder> SocketServiceManager::waitFor(const String16& name, int milliseconds) const {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     const unique_fd watch(inotify_init1(IN_CLOEXEC));
-    // A registration appears under its name by being moved there. Watched before the first look, so
-    // that none is missed.
+    // A registration appears by a rename. The watch starts before the first look-up, so none is
+    // missed.
     if (!watch.ok() || inotify_add_watch(watch.get(), mFolder.c_str(), IN_MOVED_TO) < 0) {
         logError(mFolder, std::strerror(errno));
         return nullptr;
@@ -201,7 +209,7 @@ sp<IBinder> SocketServiceManager::waitFor(const String16& name, int milliseconds
 }
 
 bool SocketServiceManager::isDeclared(const String16& name) {
-    return declaredInstances(mFolder).contains(utf8(name));
+    return declaredInstances(mFolder).count(utf8(name)) != 0;
 }
 
 android::Vector<String16> SocketServiceManager::getDeclaredInstances(const String16& interface) {

@@ -1,5 +1,4 @@
-// A service manager without a driver: services answer on UNIX sockets in a folder that only their
-// owner can use.
+// A service manager without a driver, over UNIX sockets in a folder that only its owner can use.
 #pragma once
 
 #include <map>
@@ -14,7 +13,7 @@
 
 namespace hostbinder {
 
-// Says of a service what the driver's service manager says:
+// Distinguishes the same states of a service as the driver's service manager:
 //   not declared               no VINTF manifest fragment (*.xml) in the folder names the instance
 //   declared but not running   no live process has registered it
 //   running                    a live process has; the look-up gives a proxy over its socket
@@ -33,10 +32,11 @@ class SocketServiceManager : public android::IServiceManager {
                                  const android::sp<android::IBinder>& service, bool allowIsolated,
                                  int dumpsysFlags) override;
 
-    // Ends the registration of a service of this process and its connections, as its death would.
+    // Ends the registration and the connections of a service of this process, as the death of the
+    // process would.
     void removeService(const android::String16& name);
 
-    // Returns the proxy of a running service, else null. Does not wait for a service to come. The
+    // Returns the proxy of a running service, else null. Does not wait. The
     // proxy of a service that this process already talks to is the same object.
     android::sp<android::IBinder> checkService(const android::String16& name) const override;
 
@@ -51,7 +51,7 @@ class SocketServiceManager : public android::IServiceManager {
     android::Vector<android::String16> listServices(int dumpsysFlags) override;
     std::vector<ServiceDebugInfo> getServiceDebugInfo() override;
 
-    // Nothing of this exists without a device: no value, no entry, INVALID_OPERATION.
+    // Only devices have these: no value, no entry, INVALID_OPERATION.
     std::optional<android::String16> updatableViaApex(const android::String16&) override {
         return {};
     }
@@ -83,15 +83,14 @@ class SocketServiceManager : public android::IServiceManager {
         std::string socket;
         android::base::unique_fd registration;
     };
-    // The proxy of a service, kept as long as somebody else keeps it.
+    // A proxy that somebody in this process still owns.
     struct Connected {
         android::wp<android::IBinder> binder;
-        dev_t device;
-        ino_t inode;
+        std::string socket;
     };
 
-    // Waits for the calls that are being served; they may ask this service manager meanwhile, so
-    // not to be called with mMutex held once the service can be found.
+    // Waits for running calls. They may use this service manager, so mMutex must not be held once
+    // the service can be found.
     static void end(Served& served);
     android::sp<android::IBinder> waitFor(const android::String16& name, int milliseconds) const;
 

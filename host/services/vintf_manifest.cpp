@@ -1,7 +1,10 @@
-// Reads from VINTF manifest fragments which service instances a folder declares.
+// The service instances that the VINTF manifest fragments of a folder declare.
 #include "host/services/vintf_manifest.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include <android/log.h>
 #include <tinyxml2.h>
@@ -58,6 +61,21 @@ std::set<std::string> declaredInstances(const std::string& folder) {
         if (entry.path().extension() == ".xml") addInstancesOfFragment(entry.path(), instances);
     }
     return instances;
+}
+
+std::string declareInstance(const std::string& folder, const std::string& instance) {
+    if (declaredInstances(folder).count(instance) != 0) return "";
+    const size_t dot = instance.rfind('.', instance.find('/'));
+    if (dot == std::string::npos) return instance + ": is not package.IInterface/instance";
+    const std::string package = instance.substr(0, dot);
+    const std::string file = folder + "/" + package + "-service.xml";
+    std::ofstream fragment(file);
+    fragment << "<manifest version=\"1.0\" type=\"device\">\n    <hal format=\"aidl\">\n        "
+                "<name>"
+             << package << "</name>\n        <fqname>" << instance.substr(dot + 1)
+             << "</fqname>\n    </hal>\n</manifest>\n";
+    fragment.close();
+    return fragment ? "" : file + ": " + std::strerror(errno);
 }
 
 }  // namespace hostbinder

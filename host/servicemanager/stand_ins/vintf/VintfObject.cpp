@@ -1,5 +1,4 @@
-// What servicemanager asks of the device's VINTF manifest, answered from the fragments in the
-// folder in which a device has them.
+// Stands in for the VINTF library: reads the manifest fragments in a device's folder.
 #include <vintf/VintfObject.h>
 
 #include "host/services/vintf_manifest.h"

@@ -1,5 +1,4 @@
-// What servicemanager asks of the device's VINTF manifest, answered from the fragments in the
-// folder in which a device has them.
+// Stands in for the VINTF library: reads the manifest fragments in a device's folder.
 #pragma once
 
 #include <cstdint>
@@ -35,14 +34,14 @@ class ManifestInstance {
     std::string mName;
 };
 
-// Reads the fragments anew for every question, so that tests can change them.
+// Reads the fragments at every query, so that tests can change them.
 class HalManifest {
   public:
     bool hasAidlInstance(const std::string& package, const std::string& interface,
                          const std::string& instance) const;
     std::set<std::string> getAidlInstances(const std::string& package,
                                            const std::string& interface) const;
-    // Calls `function` for each instance until it returns false; returns whether it never did.
+    // Calls `function` for each instance until it returns false; returns false if it did.
     bool forEachInstance(const std::function<bool(const ManifestInstance&)>& function) const;
 };
 
