@@ -1,6 +1,7 @@
-// What the service receives, as text for people.
+// Describes requests as text for the journal.
 #include "simulator/describe.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -17,7 +18,7 @@ using android::base::StringPrintf;
 
 namespace {
 
-constexpr std::array<std::pair<RequestKind, const char*>, 14> kRequestKinds = {{
+constexpr std::array<std::pair<RequestKind, const char*>, 13> kRequestKinds = {{
         {kStateQuery, "state query"},
         {kResourceControl, "resource control"},
         {kSceneControl, "scene control"},
@@ -31,14 +32,13 @@ constexpr std::array<std::pair<RequestKind, const char*>, 14> kRequestKinds = {{
         {kPowerConsumptionQuery, "power-consumption query"},
         {kDatasetFetch, "dataset fetch"},
         {kFeatureQuery, "feature query"},
-        {kHoldsQuery, "holds query"},
 }};
 
 void appendText(std::string& line, const char* name, const std::optional<std::string>& text) {
     if (text) StringAppendF(&line, " %s=%s", name, quoted(*text).c_str());
 }
 
-// Ids are opcodes more often than not; small ones are event, scene and feature ids.
+// Most ids are opcodes, written in hexadecimal. Small ones are event, scene and feature ids.
 std::string idText(int32_t id) {
     return id > -0x10000 && id < 0x10000 ? std::to_string(id)
                                          : StringPrintf("0x%08x", static_cast<uint32_t>(id));
@@ -53,19 +53,13 @@ const char* requestKindName(int32_t requestType) {
     return "unknown";
 }
 
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
-        } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            StringAppendF(&result, "\\x%02x", static_cast<unsigned>(c));
-        } else {
-            result += c;
-        }
+std::optional<int32_t> requestKindNamed(const std::string& name) {
+    for (const auto& [type, known] : kRequestKinds) {
+        std::string candidate = known;
+        std::replace(candidate.begin(), candidate.end(), ' ', '-');
+        if (candidate == name) return type;
     }
-    return result + "\"";
+    return std::nullopt;
 }
 
 std::string describe(const std::vector<MirxRequestData>& data) {

@@ -1,12 +1,17 @@
-// The tables that the simulated service writes on request.
-#include <algorithm>
-#include <set>
+// The tables that the simulated service writes on request: to its journal, and for dumpsys.
+#include <unistd.h>
 
+#include <cerrno>
+#include <map>
+#include <sstream>
+#include <utility>
+
+#include <android-base/file.h>
 #include <android-base/stringprintf.h>
 
 #include "aidl/request_kinds.h"
-#include "simulator/describe.h"
 #include "simulator/mirx_service.h"
+#include "simulator/describe.h"
 
 namespace simulator {
 
@@ -16,38 +21,40 @@ using android::base::StringPrintf;
 
 namespace {
 
-std::vector<std::string> runningLines(const std::vector<Hold>& holds) {
-    std::vector<std::string> lines;
-    lines.reserve(holds.size());
+using Lines = std::vector<std::string>;
+
+Lines runningLines(const std::vector<Hold>& holds) {
+    Lines lines;
     for (const Hold& hold : holds) {
-        lines.push_back(StringPrintf("%-18s %-22s %8lld ms  %s", textOf(hold.holder).c_str(),
-                                     subjectOf(hold).c_str(), static_cast<long long>(hold.duration),
+        lines.push_back(StringPrintf("%-18s %-36s %8lld ms  pid %-8s %s",
+                                     textOf(hold.holder).c_str(), subjectOf(hold).c_str(),
+                                     static_cast<long long>(hold.duration),
+                                     hold.pid != 0 ? std::to_string(hold.pid).c_str() : "unknown",
                                      quoted(hold.identity).c_str()));
     }
     return lines;
 }
 
-std::vector<std::string> requestLines(const std::vector<Hold>& holds) {
-    std::vector<std::string> lines;
-    lines.reserve(holds.size());
+Lines requestLines(const std::vector<Hold>& holds) {
+    Lines lines;
     for (const Hold& hold : holds) {
-        lines.push_back(StringPrintf("%-18s %s", textOf(hold.holder).c_str(),
-                                     describe(hold.resources).c_str()));
+        lines.push_back(StringPrintf("%-18s ", textOf(hold.holder).c_str()) +
+                        simulator::describe(hold.resources));
     }
     return lines;
 }
 
-std::vector<std::string> activeLines(const Holds& holds) {
-    std::vector<std::string> lines;
+Lines activeLines(const Holds& holds) {
+    Lines lines;
     for (const auto& [key, held] : holds.effective()) {
-        lines.push_back(StringPrintf("%-28s %-16s %s", textOf(key).c_str(), held.first.c_str(),
+        lines.push_back(StringPrintf("%-40s %-16s %s", labelOf(key).c_str(), held.first.c_str(),
                                      textOf(held.second).c_str()));
     }
     return lines;
 }
 
-std::vector<std::string> resourceLines() {
-    std::vector<std::string> lines;
+Lines resourceLines() {
+    Lines lines;
     for (const KnownResource& known : knownResources()) {
         lines.push_back(StringPrintf("0x%08x  %-26s idle %s", static_cast<uint32_t>(known.opcode),
                                      known.name, known.idleValue));
@@ -55,49 +62,77 @@ std::vector<std::string> resourceLines() {
     return lines;
 }
 
-std::vector<std::string> sceneLines(std::vector<Hold> holds) {
+Lines sceneLines(std::vector<Hold> holds) {
     std::erase_if(holds, [](const Hold& hold) { return hold.requestType != kSceneControl; });
     return runningLines(holds);
 }
 
-std::vector<std::string> processLines(const std::vector<Hold>& holds) {
-    std::set<int32_t> pids;
+Lines processLines(const std::vector<Hold>& holds) {
+    std::map<int32_t, int> counts;
     for (const Hold& hold : holds) {
-        if (hold.pid != 0) pids.insert(hold.pid);
+        if (hold.pid != 0) ++counts[hold.pid];
     }
-    std::vector<std::string> lines;
-    for (const int32_t pid : pids) {
-        const auto count = std::count_if(holds.begin(), holds.end(),
-                                         [&](const Hold& hold) { return hold.pid == pid; });
-        lines.push_back(StringPrintf("pid %-8d %lld holds", pid, static_cast<long long>(count)));
+    Lines lines;
+    for (const auto& [pid, count] : counts) {
+        lines.push_back(StringPrintf("pid %-8d holds %d", pid, count));
     }
     return lines;
 }
 
 }  // namespace
 
-void MirxService::writeTable(const std::string& title, const std::vector<std::string>& lines) {
-    std::string text = StringPrintf("dump     %s: %zu", title.c_str(), lines.size());
-    for (const std::string& line : lines) text += "\n    " + line;
-    mJournal.line(text);
+std::optional<MirxService::Table> MirxService::table(int32_t code) const {
+    switch (code) {
+        case 0: return Table{"callbacks to make", mListeners.describeQueue()};
+        case 1: return Table{"running requests", runningLines(mHolds.current())};
+        case 2: return Table{"active resources", activeLines(mHolds)};
+        case 3: return Table{"requested resources", requestLines(mHolds.current())};
+        case 4: return Table{"known resources", resourceLines()};
+        case 5: return Table{"scenes", sceneLines(mHolds.current())};
+        case 6: return Table{"processes that hold", processLines(mHolds.current())};
+        case 7: return Table{"listeners", mListeners.describe()};
+        case 8: return Table{"recorded requests", mHistory.lines()};
+        default: return std::nullopt;
+    }
 }
 
 int32_t MirxService::diagnose(const MirxRequestParcel& parcel) {
-    switch (parcel.requestData.empty() ? -1 : parcel.requestData.front().id) {
-        case 0: writeTable("callbacks to make", mListeners.describeQueue()); break;
-        case 1: writeTable("running requests", runningLines(mHolds.current())); break;
-        case 2: writeTable("active resources", activeLines(mHolds)); break;
-        case 3: writeTable("requested resources", requestLines(mHolds.current())); break;
-        case 4: writeTable("known resources", resourceLines()); break;
-        case 5: writeTable("scenes", sceneLines(mHolds.current())); break;
-        case 6: writeTable("processes that hold", processLines(mHolds.current())); break;
-        case 7: writeTable("listeners", mListeners.describe()); break;
-        case 8: writeTable("recorded requests", mHistory.lines()); break;
-        case 10: mHistory.setRecording(true); break;
-        case 11: mHistory.setRecording(false); break;
-        default: return 0;
+    const int32_t code = parcel.requestData.empty() ? -1 : parcel.requestData.front().id;
+    if (code == 10 || code == 11) {
+        mHistory.setRecording(code == 10);
+        return 1;
     }
+    const auto shown = table(code);
+    if (!shown) return 0;
+    mJournal.table(StringPrintf("dump     %s: %zu", shown->title, shown->lines.size()),
+                   shown->lines);
     return 1;
+}
+
+binder_status_t MirxService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
+    std::ostringstream text;
+    Journal journal(text);
+    journal.line("mirx-simulator, process " + std::to_string(getpid()));
+    journal.table("faults", mFaults->describe());
+    Lines calls;
+    {
+        std::lock_guard lock(mMutex);
+        for (const auto& [operation, count] : mCalls) {
+            calls.push_back(StringPrintf("%8zu  %s", count, operation.c_str()));
+        }
+    }
+    journal.table("calls", calls);
+    std::vector<Table> tables;
+    for (const int32_t code : {1, 3, 2, 7, 0, 6, 8}) tables.push_back(*table(code));
+    Table& properties = tables.emplace_back(Table{"properties", {}});
+    for (const auto& [key, value] : mProperties.all()) {
+        properties.lines.push_back(key + " = " + quoted(value));
+    }
+    tables.push_back({"profile", mProfile.describe()});
+    for (const Table& shown : tables) {
+        journal.table(StringPrintf("%s: %zu", shown.title, shown.lines.size()), shown.lines);
+    }
+    return android::base::WriteStringToFd(text.str(), fd) ? STATUS_OK : -errno;
 }
 
 }  // namespace simulator

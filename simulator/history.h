@@ -1,4 +1,4 @@
-// The requests that the simulator has received, as its history query and its dumps show them.
+// The last requests, for the history query and the dumps.
 #pragma once
 
 #include <deque>
@@ -8,16 +8,18 @@
 
 #include <android-base/thread_annotations.h>
 
+#include "simulator/text.h"
+
 namespace simulator {
 
-// Keeps the last requests while recording is on, which it is from the start. Any thread may use it.
+// Keeps the last requests while recording is on. It is on at the start. Any thread may use it.
 class History {
   public:
     void record(const std::string& line) {
         std::lock_guard lock(mMutex);
         if (!mRecording) return;
-        mLines.push_back(line);
-        if (mLines.size() > kLongest) mLines.pop_front();
+        mLines.push_back(shortened(line, kLongestLine));
+        if (mLines.size() > kMostLines) mLines.pop_front();
     }
 
     void setRecording(bool on) {
@@ -31,7 +33,9 @@ class History {
     }
 
   private:
-    static constexpr size_t kLongest = 100;
+    // One answer can carry all lines even if each is as long as it may be (message_size.h).
+    static constexpr size_t kMostLines = 100;
+    static constexpr size_t kLongestLine = 380;
 
     mutable std::mutex mMutex;
     std::deque<std::string> mLines GUARDED_BY(mMutex);

@@ -1,9 +1,7 @@
-// What is held: every acquired request and every active rule, and what value each resource has by
-// them.
+// The table of holds: every acquired request and every active rule, and the resulting values.
 #include "simulator/holds.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "simulator/describe.h"
@@ -14,10 +12,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 Clock::time_point deadlineOf(const Hold& hold) {
-    // A duration beyond a century is as good as none, and must not overflow the clock.
+    // A duration of more than a century counts as none: it would overflow the clock.
     constexpr int64_t kLongest = int64_t{100} * 366 * 24 * 3600 * 1000;
     if (hold.duration <= 0 || hold.duration > kLongest) return Clock::time_point::max();
-    return Clock::now() + std::chrono::milliseconds(hold.duration);
+    return hold.since + std::chrono::milliseconds(hold.duration);
 }
 
 }  // namespace
@@ -42,8 +40,7 @@ const char* textOf(End end) {
     return "";
 }
 
-Holds::Holds(Callbacks callbacks)
-    : mCallbacks(std::move(callbacks)), mTimer([this] { runTimer(); }) {}
+Holds::Holds(Observer observer) : mObserver(std::move(observer)), mTimer([this] { runTimer(); }) {}
 
 Holds::~Holds() {
     {
@@ -55,97 +52,70 @@ Holds::~Holds() {
 }
 
 int32_t Holds::add(Hold hold) {
-    const int32_t handle = freeHandle();
-    hold.holder = {Holder::kRequest, handle};
-    put(std::move(hold));
-    return handle;
+    std::lock_guard lock(mMutex);
+    Holder holder;
+    do {
+        holder.number = mHandles.next();
+    } while (find(holder) != mHolds.end());  // a client has chosen this handle itself
+    hold.holder = holder;
+    replace(holder, std::move(hold), End::kReplaced);
+    return holder.number;
 }
 
 void Holds::put(Hold hold) {
+    std::lock_guard lock(mMutex);
     const Holder holder = hold.holder;
-    change(holder, std::move(hold), End::kReplaced);
+    replace(holder, std::move(hold), End::kReplaced);
 }
 
 bool Holds::end(const Holder& holder) {
-    return change(holder, std::nullopt, End::kReleased);
-}
-
-int32_t Holds::freeHandle() {
     std::lock_guard lock(mMutex);
-    const auto taken = [](const std::list<Entry>& entries, int32_t handle) {
-        return std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
-            return entry.hold.holder == Holder{Holder::kRequest, handle};
-        });
-    };
-    do {
-        mLastHandle = mLastHandle == std::numeric_limits<int32_t>::max() ? 1 : mLastHandle + 1;
-    } while (taken(mEntries, mLastHandle));
-    return mLastHandle;
+    return replace(holder, std::nullopt, End::kReleased);
 }
 
-bool Holds::change(const Holder& holder, std::optional<Hold> hold, End end) {
-    Step step;
-    {
-        std::lock_guard lock(mMutex);
-        step = replace(holder, std::move(hold), end);
-    }
-    const bool hasEnded = step.ended.has_value();
-    tell(std::move(step));
-    return hasEnded;
+std::list<Hold>::iterator Holds::find(const Holder& holder) {
+    return std::find_if(mHolds.begin(), mHolds.end(),
+                        [&](const Hold& hold) { return hold.holder == holder; });
 }
 
-Holds::Step Holds::replace(const Holder& holder, std::optional<Hold> hold, End end) {
-    const auto entry = std::find_if(mEntries.begin(), mEntries.end(), [&](const Entry& candidate) {
-        return candidate.hold.holder == holder;
-    });
+bool Holds::replace(const Holder& holder, std::optional<Hold> hold, End why) {
+    const auto earlier = find(holder);
     std::map<ResourceKey, std::optional<std::string>> before;
     const auto remember = [&](const Hold& touched) REQUIRES(mMutex) {
         for (const MirxRequestData& data : touched.resources) {
             before.try_emplace(keyOf(data), effectiveValueLocked(keyOf(data)));
         }
     };
-    if (entry != mEntries.end()) remember(entry->hold);
+    if (earlier != mHolds.end()) remember(*earlier);
     if (hold) remember(*hold);
 
-    std::optional<Hold> ended;
-    if (entry != mEntries.end()) {
-        ended = std::move(entry->hold);
-        mEntries.erase(entry);
+    Step step{.why = why};
+    std::list<Hold> ended;
+    if (earlier != mHolds.end()) {
+        ended.splice(ended.end(), mHolds, earlier);
+        step.ended = &ended.back();
     }
-    const bool begins = hold.has_value();
-    if (begins) {
-        const auto deadline = deadlineOf(*hold);
+    if (hold) {
         hold->since = Clock::now();
-        mEntries.push_back({std::move(*hold), deadline});
+        hold->deadline = deadlineOf(*hold);
+        step.begun = &mHolds.emplace_back(std::move(*hold));
     }
-
-    std::vector<MirxRequestData> changed;
     for (const auto& [key, value] : before) {
         const auto now = effectiveValueLocked(key);
         if (now == value) continue;
-        MirxRequestData& data = changed.emplace_back();
-        data.id = key.opcode;
-        data.value = now;
+        MirxRequestData data = {.id = key.opcode, .value = now};
         if (!key.path.empty()) data.path = key.path;
+        step.changed.push_back(std::move(data));
     }
-    if (mCallbacks.onStep && (ended || begins)) {
-        mCallbacks.onStep(ended ? &*ended : nullptr, end, begins ? &mEntries.back().hold : nullptr,
-                          changed);
-    }
-    return {std::move(ended), end, std::move(changed)};
-}
-
-void Holds::tell(Step step) {
+    if (step.ended == nullptr && step.begun == nullptr) return false;
+    mObserver(step);
     mChanged.notify_all();
-    if (step.ended) mCallbacks.onEnd(*step.ended, step.end);
-    if (!step.changed.empty()) mCallbacks.onChange(std::move(step.changed));
+    return step.ended != nullptr;
 }
 
 std::vector<Hold> Holds::current() const {
     std::lock_guard lock(mMutex);
-    std::vector<Hold> holds;
-    for (const Entry& entry : mEntries) holds.push_back(entry.hold);
-    return holds;
+    return {mHolds.begin(), mHolds.end()};
 }
 
 std::optional<std::string> Holds::effectiveValue(const ResourceKey& key) const {
@@ -154,9 +124,9 @@ std::optional<std::string> Holds::effectiveValue(const ResourceKey& key) const {
 }
 
 std::optional<std::string> Holds::effectiveValueLocked(const ResourceKey& key) const {
-    for (auto entry = mEntries.rbegin(); entry != mEntries.rend(); ++entry) {
-        const auto& resources = entry->hold.resources;
-        // Of two settings in one request the later one counts.
+    for (auto hold = mHolds.rbegin(); hold != mHolds.rend(); ++hold) {
+        const auto& resources = hold->resources;
+        // Of two settings of a resource in one request the later one counts.
         for (auto data = resources.rbegin(); data != resources.rend(); ++data) {
             if (keyOf(*data) == key) return data->value.value_or("");
         }
@@ -167,36 +137,31 @@ std::optional<std::string> Holds::effectiveValueLocked(const ResourceKey& key) c
 std::map<ResourceKey, std::pair<std::string, Holder>> Holds::effective() const {
     std::lock_guard lock(mMutex);
     std::map<ResourceKey, std::pair<std::string, Holder>> values;
-    for (const Entry& entry : mEntries) {
-        for (const MirxRequestData& data : entry.hold.resources) {
-            values[keyOf(data)] = {data.value.value_or(""), entry.hold.holder};
+    for (const Hold& hold : mHolds) {
+        for (const MirxRequestData& data : hold.resources) {
+            values[keyOf(data)] = {data.value.value_or(""), hold.holder};
         }
     }
     return values;
 }
 
-std::optional<Holds::Step> Holds::nextTimeout() {
+void Holds::runTimer() {
     std::unique_lock lock(mMutex);
     const android::base::ScopedLockAssertion locked(mMutex);
     while (!mStopped) {
         const auto next = std::min_element(
-                mEntries.begin(), mEntries.end(),
-                [](const Entry& a, const Entry& b) { return a.deadline < b.deadline; });
-        if (next == mEntries.end() || next->deadline == Clock::time_point::max()) {
+                mHolds.begin(), mHolds.end(),
+                [](const Hold& a, const Hold& b) { return a.deadline < b.deadline; });
+        if (next == mHolds.end() || next->deadline == Clock::time_point::max()) {
             mChanged.wait(lock);
         } else if (next->deadline > Clock::now()) {
             const auto deadline = next->deadline;
             mChanged.wait_until(lock, deadline);
         } else {
-            const Holder holder = next->hold.holder;
-            return replace(holder, std::nullopt, End::kTimedOut);
+            const Holder holder = next->holder;
+            replace(holder, std::nullopt, End::kTimedOut);
         }
     }
-    return std::nullopt;
-}
-
-void Holds::runTimer() {
-    while (auto step = nextTimeout()) tell(std::move(*step));
 }
 
 }  // namespace simulator

@@ -1,4 +1,4 @@
-// Who wants to hear of changes, and the thread that tells them.
+// The listening registrations, and the thread that makes the callbacks.
 #include "simulator/listeners.h"
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 #include <android-base/stringprintf.h>
 
 #include "simulator/describe.h"
+#include "simulator/message_size.h"
 
 namespace simulator {
 
@@ -27,38 +28,38 @@ Listeners::~Listeners() {
     }
     mQueueChanged.notify_all();
     mCaller.join();
-    // A notice of death that is under way ends first, and later ones find nobody: the journal may
-    // go.
+    // Taking the lock waits for a death notice that is being handled. Later ones find no listener
+    // and so do not use the journal.
     std::unique_lock lock(mRegistry->mutex);
     const auto forgotten = std::exchange(mRegistry->listeners, {});
     lock.unlock();
 }
 
 int32_t Listeners::add(Topic topic, std::set<ResourceKey> keys,
-                       const std::shared_ptr<IMirxCallback>& callback) {
-    auto* const cookie = new Cookie{mRegistry, 0, &mJournal};
-    int32_t handle = 0;
-    {
-        std::lock_guard lock(mRegistry->mutex);
-        handle = cookie->handle = ++mRegistry->lastHandle;
-        mRegistry->listeners[handle] = {topic, std::move(keys), callback, cookie};
+                       const std::shared_ptr<IMirxCallback>& callback, int32_t pid) {
+    if (callback == nullptr) return -1;  // forbidden by the interface, but possible in a parcel
+    // Links under the lock: a death notice or remove() must not see half of a registration.
+    std::lock_guard lock(mRegistry->mutex);
+    const int32_t handle = mRegistry->handles.next();
+    auto* const cookie = new Cookie{mRegistry, handle, &mJournal};
+    if (AIBinder_linkToDeath(callback->asBinder().get(), mDeathRecipient.get(), cookie) ==
+        STATUS_DEAD_OBJECT) {
+        return -1;  // the client is dead; the cookie is deleted already
     }
-    // A process that has died already hears of nothing; the next callback fails.
-    AIBinder_linkToDeath(callback->asBinder().get(), mDeathRecipient.get(), cookie);
+    mRegistry->listeners[handle] = {topic, std::move(keys), callback, pid, cookie};
     return handle;
 }
 
 bool Listeners::remove(Topic topic, int32_t handle) {
-    Listener removed;
-    {
-        std::lock_guard lock(mRegistry->mutex);
-        const auto listener = mRegistry->listeners.find(handle);
-        if (listener == mRegistry->listeners.end() || listener->second.topic != topic) return false;
-        removed = std::move(listener->second);
-        mRegistry->listeners.erase(listener);
-    }
-    AIBinder_unlinkToDeath(removed.callback->asBinder().get(), mDeathRecipient.get(),
-                           removed.cookie);
+    std::shared_ptr<IMirxCallback>
+            callback;  // outlives the lock: destroying it may call its process
+    std::lock_guard lock(mRegistry->mutex);
+    const auto listener = mRegistry->listeners.find(handle);
+    if (listener == mRegistry->listeners.end() || listener->second.topic != topic) return false;
+    callback = std::move(listener->second.callback);
+    AIBinder_unlinkToDeath(callback->asBinder().get(), mDeathRecipient.get(),
+                           listener->second.cookie);
+    mRegistry->listeners.erase(listener);
     return true;
 }
 
@@ -66,10 +67,11 @@ void Listeners::onDied(void* data) {
     const auto* cookie = static_cast<Cookie*>(data);
     const auto registry = cookie->registry.lock();
     if (registry == nullptr) return;
+    std::map<int32_t, Listener>::node_type died;  // outlives the lock, as in remove()
     std::lock_guard lock(registry->mutex);
-    if (registry->listeners.erase(cookie->handle) != 0) {
-        cookie->journal->line(StringPrintf("unlisten handle %d: its process died", cookie->handle));
-    }
+    died = registry->listeners.extract(cookie->handle);
+    if (died.empty()) return;
+    cookie->journal->line(StringPrintf("unlisten handle %d: its process died", cookie->handle));
 }
 
 void Listeners::notify(Topic topic, const std::vector<MirxRequestData>& changes) {
@@ -79,7 +81,7 @@ void Listeners::notify(Topic topic, const std::vector<MirxRequestData>& changes)
         std::vector<MirxRequestData> data;
         std::copy_if(changes.begin(), changes.end(), std::back_inserter(data),
                      [&listener = listener](const MirxRequestData& change) {
-                         return listener.keys.contains(keyOf(change));
+                         return listener.keys.count(keyOf(change)) != 0;
                      });
         if (!data.empty()) post({handle, listener.callback, std::move(data)});
     }
@@ -87,11 +89,19 @@ void Listeners::notify(Topic topic, const std::vector<MirxRequestData>& changes)
 
 void Listeners::complete(const std::shared_ptr<IMirxCallback>& callback,
                          const std::vector<MirxRequestData>& data) {
-    post({0, callback, data});
+    // Only the first call of a completion reaches the client, so the rest is dropped.
+    post({0, callback, {data.begin(), data.begin() + static_cast<ptrdiff_t>(fitting(data))}});
 }
 
 void Listeners::post(Call call) {
     std::lock_guard lock(mQueueMutex);
+    // More changes than one message can carry go out in several callbacks.
+    std::vector<MirxRequestData>& data = call.data;
+    for (size_t count = 0; (count = fitting(data)) > 0 && count < data.size();) {
+        const auto rest = data.begin() + static_cast<ptrdiff_t>(count);
+        mQueue.push_back({call.handle, call.callback, {data.begin(), rest}});
+        data.erase(data.begin(), rest);
+    }
     mQueue.push_back(std::move(call));
     mQueueChanged.notify_all();
 }
@@ -120,8 +130,10 @@ std::vector<std::string> Listeners::describe() const {
     std::lock_guard lock(mRegistry->mutex);
     std::vector<std::string> lines;
     for (const auto& [handle, listener] : mRegistry->listeners) {
-        std::string line = StringPrintf(
-                "%6d  %-9s", handle, listener.topic == Topic::kThermal ? "thermal" : "resources");
+        std::string line =
+                StringPrintf("handle %d  %-9s  pid %s ", handle,
+                             listener.topic == Topic::kThermal ? "thermal" : "resources",
+                             listener.pid == 0 ? "unknown" : std::to_string(listener.pid).c_str());
         for (const ResourceKey& key : listener.keys) {
             line += " " +
                     (listener.topic == Topic::kThermal ? std::to_string(key.opcode) : textOf(key));

@@ -1,4 +1,4 @@
-// Who wants to hear of changes, and the thread that tells them.
+// The listening registrations, and the thread that makes the callbacks.
 #pragma once
 
 #include <condition_variable>
@@ -15,6 +15,7 @@
 #include <aidl/vendor/tavro/hardware/mirx/IMirxCallback.h>
 #include <android-base/thread_annotations.h>
 
+#include "simulator/handles.h"
 #include "simulator/journal.h"
 #include "simulator/resources.h"
 
@@ -22,9 +23,8 @@ namespace simulator {
 
 using aidl::vendor::tavro::hardware::mirx::IMirxCallback;
 
-// The listening registrations. Any thread may use it; callbacks are made one after the other, with
-// no lock held, on a thread of their own, so that a client that is slow to answer holds up no
-// request.
+// The listening registrations. Any thread may use it. One thread makes all
+// callbacks, one after the other and with no lock held, so a slow client does not block requests.
 class Listeners {
   public:
     enum class Topic { kResources, kThermal };
@@ -32,20 +32,20 @@ class Listeners {
     explicit Listeners(Journal& journal);
     ~Listeners();
 
-    // Registers `callback` for changes of `keys`. Dropped when its process dies. Returns the
-    // handle, 1 or more.
+    // Registers `callback` for changes of `keys` and returns the handle. The registration ends when
+    // the callback's process dies. `pid` is that process, or 0 if it is unknown.
     int32_t add(Topic topic, std::set<ResourceKey> keys,
-                const std::shared_ptr<IMirxCallback>& callback);
+                const std::shared_ptr<IMirxCallback>& callback, int32_t pid);
     // Returns false when the handle is not registered for the topic.
     bool remove(Topic topic, int32_t handle);
 
-    // Tells every listener of the topic about those of the changes that it asked for.
+    // Queues a callback for every listener of the topic, with the changes of its keys.
     void notify(Topic topic, const std::vector<MirxRequestData>& changes);
-    // Tells one callback once.
+    // Queues the one callback that completes a request.
     void complete(const std::shared_ptr<IMirxCallback>& callback,
                   const std::vector<MirxRequestData>& data);
 
-    // A line for each registration, and one for each callback that is waiting to be made.
+    // A line for each registration, and a line for each queued callback.
     std::vector<std::string> describe() const;
     std::vector<std::string> describeQueue() const;
 
@@ -55,6 +55,7 @@ class Listeners {
         Topic topic;
         std::set<ResourceKey> keys;
         std::shared_ptr<IMirxCallback> callback;
+        int32_t pid;
         Cookie* cookie;  // the death recipient deletes it when the link ends
     };
     struct Call {
@@ -62,11 +63,11 @@ class Listeners {
         std::shared_ptr<IMirxCallback> callback;
         std::vector<MirxRequestData> data;
     };
-    // What a death notice finds its way back by; outlives the listeners if the notice comes late.
+    // Target of death notices; may outlive the listeners.
     struct Registry {
         std::mutex mutex;
         std::map<int32_t, Listener> listeners GUARDED_BY(mutex);
-        int32_t lastHandle GUARDED_BY(mutex) = 0;
+        HandleSource handles GUARDED_BY(mutex);
     };
     struct Cookie {
         std::weak_ptr<Registry> registry;
@@ -76,7 +77,7 @@ class Listeners {
 
     static void onDied(void* data);
     void post(Call call);
-    // Waits for the next call to make. None when the listeners go.
+    // Waits for the next call to make. None once the listeners are being destroyed.
     std::optional<Call> nextCall();
     void runCalls();
 

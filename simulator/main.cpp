@@ -1,10 +1,11 @@
-// mirx-simulator: serves the resource-control interface for development, on a host, in a guest or
-// on a device.
-#include <algorithm>
-#include <array>
+// mirx-simulator: the resource-control service for development, on a host, in a guest or on a
+// device.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <iostream>
-#include <string_view>
+#include <sstream>
 
 #include <android/binder_process.h>
 #include <android/log.h>
@@ -13,24 +14,30 @@
 
 namespace {
 
-// What the transport says about a missing driver and about clients that leave early is no error of
-// the service.
-constexpr std::array<std::string_view, 3> kChatter = {"ProcessState", "RpcServer", "RpcSession"};
+// A stream buffer that writes each flushed line to the log.
+class LogLines : public std::stringbuf {
+    int sync() override {
+        std::string line = str();
+        str("");
+        if (!line.empty() && line.back() == '\n') line.pop_back();
+        __android_log_write(ANDROID_LOG_INFO, "mirx-simulator", line.c_str());
+        return 0;
+    }
+};
 
-void logToStderr(const __android_log_message* message) {
-    const std::string_view tag = message->tag != nullptr ? message->tag : "";
-    if (message->priority < ANDROID_LOG_ERROR) return;
-    if (std::find(kChatter.begin(), kChatter.end(), tag) != kChatter.end()) return;
-    std::cerr << tag << ": " << message->message << std::endl;
+// Whether the standard output is /dev/null, as for services that init starts.
+bool outputIsDiscarded() {
+    struct stat output = {};
+    struct stat null = {};
+    return fstat(STDOUT_FILENO, &output) == 0 && stat("/dev/null", &null) == 0 &&
+           S_ISCHR(output.st_mode) && output.st_rdev == null.st_rdev;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    __android_log_set_logger(logToStderr);
-
-    // Before the first thread, so that every thread inherits it and the signals are left for
-    // sigwait.
+    // Done before the first thread starts: every thread inherits the mask, so only sigwait gets the
+    // signals.
     sigset_t endSignals;
     sigemptyset(&endSignals);
     sigaddset(&endSignals, SIGINT);
@@ -39,11 +46,16 @@ int main(int argc, char** argv) {
 
     ABinderProcess_setThreadPoolMaxThreadCount(8);
     ABinderProcess_startThreadPool();
-    simulator::Simulator simulator(std::cout, std::cerr);
+    [[clang::no_destroy]] static LogLines lines;
+    if (outputIsDiscarded()) {
+        std::cout.rdbuf(&lines);
+        std::cerr.rdbuf(&lines);
+    }
+    simulator::Simulator simulator(std::cout, std::cerr, [] { kill(getpid(), SIGTERM); });
     if (const auto code = simulator.start({argv + 1, argv + argc})) return *code;
     int signal = 0;
     sigwait(&endSignals, &signal);
     simulator.stop();
-    // Binder threads may still be in the service; leave without taking it apart under them.
+    // Binder threads may still run in the service, so nothing is destroyed.
     std::_Exit(0);
 }

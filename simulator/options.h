@@ -8,16 +8,18 @@ namespace simulator {
 
 struct Options {
     bool help = false;
+    bool declare = false;
     std::string profile;  // file names; empty for none
     std::string timeline;
+    std::vector<std::string> faults;
 };
 
-// What --help prints.
-extern const char kUsage[];
+// The output of --help.
+std::string usage();
 
-// Reads a command line, without the program's name, into `options`; of an option that stands twice
-// the last counts. Returns what is wrong with it, or an empty text. Uses getopt's globals: for one
-// thread at a time.
+// Reads a command line, without the program's name, into `options`. If an option is given
+// twice, the last one counts; faults add up. Returns the error, or an empty text.
+// Not thread-safe: getopt has globals.
 std::string readOptions(const std::vector<std::string>& args, Options& options);
 
 }  // namespace simulator

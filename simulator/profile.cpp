@@ -1,22 +1,29 @@
-// What the simulated device sets for its events, scenes and rules, read from an XML file.
+// The profile: what events, scenes and rules set, from an XML file (docs/profiles.md).
 #include "simulator/profile.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <limits>
+#include <string_view>
 #include <utility>
 
+#include <android-base/file.h>
 #include <android-base/parseint.h>
 #include <tinyxml2.h>
+
+#include "simulator/describe.h"
 
 namespace simulator {
 
 using tinyxml2::XMLElement;
 
-// Reads one file to its end and keeps the first fault in it; what it reads after that is of no use.
+// By Profile::Kind.
+static constexpr std::array<std::string_view, 3> kKinds = {"event", "scene", "rule"};
+
+// Reads one file to its end and keeps the first fault. After a fault the profile is unusable.
 class ProfileReader {
   public:
     explicit ProfileReader(const XMLElement& root) {
@@ -56,22 +63,17 @@ class ProfileReader {
 
     // The number that an attribute must hold; 0 after a fault.
     template <typename Number>
-    Number numberOf(const XMLElement& element, const char* attribute,
-                    bool (*parse)(const std::string&, Number*)) {
-        Number number = 0;
+    Number numberOf(const XMLElement& element, const char* attribute) {
+        using Limits = std::numeric_limits<Number>;
+        int64_t number = 0;
         const char* text = element.Attribute(attribute);
         if (text == nullptr) {
             fail(element, std::string("needs ") + attribute + "=\"…\"");
-        } else if (!parse(text, &number)) {
+        } else if (!android::base::ParseInt(text, &number, int64_t{Limits::min()},
+                                            int64_t{Limits::max()})) {
             fail(element, std::string(attribute) + "=\"" + text + "\" is not a 32-bit number");
         }
-        return number;
-    }
-
-    int32_t idOf(const XMLElement& element, const char* attribute) {
-        return numberOf<int32_t>(element, attribute, [](const std::string& text, int32_t* number) {
-            return android::base::ParseInt(text, number);
-        });
+        return static_cast<Number>(number);
     }
 
     MirxRequestData readResource(const XMLElement& element) {
@@ -89,11 +91,8 @@ class ProfileReader {
             if (*path == '\0') fail(element, "has an empty path");
             data.path = path;
         } else {
-            // Written as the 32 bits that it is; the contract carries it as a signed number.
-            data.id = static_cast<int32_t>(numberOf<uint32_t>(
-                    element, "opcode", [](const std::string& text, uint32_t* number) {
-                        return android::base::ParseUint(text, number);
-                    }));
+            // Opcodes are written as unsigned numbers; the contract carries the same bits signed.
+            data.id = static_cast<int32_t>(numberOf<uint32_t>(element, "opcode"));
             if (data.id == 0) fail(element, "opcode=\"0\" names no resource");
         }
         if (value == nullptr || *value == '\0') {
@@ -105,32 +104,28 @@ class ProfileReader {
     }
 
     void readPolicy(const XMLElement& element) {
-        static constexpr std::array<std::pair<std::string_view, Profile::Kind>, 3> kKinds = {{
-                {"event", Profile::Kind::kEvent},
-                {"scene", Profile::Kind::kScene},
-                {"rule", Profile::Kind::kRule},
-        }};
-        const auto kind = std::find_if(kKinds.begin(), kKinds.end(), [&](const auto& entry) {
-            return entry.first == element.Name();
-        });
-        if (kind == kKinds.end()) return fail(element, "is none of <event>, <scene> and <rule>");
+        const auto name = std::find(kKinds.begin(), kKinds.end(), element.Name());
+        if (name == kKinds.end()) return fail(element, "is none of <event>, <scene> and <rule>");
+        const auto kind = static_cast<Profile::Kind>(name - kKinds.begin());
         std::optional<int32_t> status;
-        if (kind->second == Profile::Kind::kRule) {
+        if (kind == Profile::Kind::kRule) {
             checkAttributes(element, {"id", "name", "status"});
-            if (element.Attribute("status") != nullptr) status = idOf(element, "status");
+            if (element.Attribute("status") != nullptr) {
+                status = numberOf<int32_t>(element, "status");
+            }
             if (status == 0) fail(element, "status=\"0\" ends a rule and can set nothing");
         } else {
             checkAttributes(element, {"id", "name"});
         }
         Profile::Policy policy;
-        if (const char* name = element.Attribute("name")) policy.name = name;
+        if (const char* text = element.Attribute("name")) policy.name = text;
         forEachChild(element, [&](const XMLElement& child) {
             policy.resources.push_back(readResource(child));
         });
         if (element.NoChildren()) fail(element, "sets nothing");
-        const Profile::Key key = {kind->second, idOf(element, "id"), status};
+        const Profile::Key key = {kind, numberOf<int32_t>(element, "id"), status};
         if (!mProfile.mPolicies.emplace(key, std::move(policy)).second) {
-            fail(element, "stands here for the second time");
+            fail(element, "may appear only once");
         }
     }
 
@@ -140,7 +135,7 @@ class ProfileReader {
 
 namespace {
 
-// What the parser has against a file: "XML_ERROR_MISMATCHED_ELEMENT" as "mismatched element".
+// The parser's error as text: "XML_ERROR_MISMATCHED_ELEMENT" becomes "mismatched element".
 std::string reasonOf(const tinyxml2::XMLDocument& document) {
     std::string reason = document.ErrorName();
     if (reason.starts_with("XML_ERROR_")) reason.erase(0, std::strlen("XML_ERROR_"));
@@ -151,29 +146,24 @@ std::string reasonOf(const tinyxml2::XMLDocument& document) {
 }  // namespace
 
 std::optional<Profile> Profile::read(const std::string& file, std::string* error) {
-    // Not by its name, so that errno tells why it cannot be opened.
-    std::FILE* const stream = std::fopen(file.c_str(), "re");
-    if (stream == nullptr) {
-        *error = file + ": " + std::strerror(errno);
+    const auto fail = [&](const std::string& reason) {
+        *error = file + ":" + reason;
         return std::nullopt;
+    };
+    // Not read by the parser, which does not keep errno.
+    std::string text;
+    if (!android::base::ReadFileToString(file, &text, /*follow_symlinks=*/true)) {
+        return fail(std::string(" ") + std::strerror(errno));
     }
     tinyxml2::XMLDocument document;
-    document.LoadFile(stream);
-    std::fclose(stream);
+    document.Parse(text.data(), text.size());
     if (document.Error()) {
         const int line = std::max(document.ErrorLineNum(), 1);
-        *error = file + ":" + std::to_string(line) + ": " + reasonOf(document);
-        return std::nullopt;
+        return fail(std::to_string(line) + ": " + reasonOf(document));
     }
-    if (document.RootElement() == nullptr) {
-        *error = file + ":1: has no <profile>";
-        return std::nullopt;
-    }
+    if (document.RootElement() == nullptr) return fail("1: has no <profile>");
     ProfileReader reader(*document.RootElement());
-    if (!reader.fault().empty()) {
-        *error = file + ":" + reader.fault();
-        return std::nullopt;
-    }
+    if (!reader.fault().empty()) return fail(reader.fault());
     return reader.take();
 }
 
@@ -181,6 +171,17 @@ const Profile::Policy* Profile::find(Kind kind, int32_t id, std::optional<int32_
     auto policy = mPolicies.find({kind, id, status});
     if (policy == mPolicies.end()) policy = mPolicies.find({kind, id, std::nullopt});
     return policy == mPolicies.end() ? nullptr : &policy->second;
+}
+
+std::vector<std::string> Profile::describe() const {
+    std::vector<std::string> lines;
+    for (const auto& [key, policy] : mPolicies) {
+        const auto& [kind, id, status] = key;
+        lines.push_back(std::string(kKinds[static_cast<size_t>(kind)]) + " " + std::to_string(id) +
+                        (status ? " status " + std::to_string(*status) : "") + " " + policy.name +
+                        " " + simulator::describe(policy.resources));
+    }
+    return lines;
 }
 
 }  // namespace simulator

@@ -1,5 +1,4 @@
-// What the simulated device sets for its events, scenes and rules, read from an XML file
-// (docs/profiles.md).
+// The profile: what events, scenes and rules set, from an XML file (docs/profiles.md).
 #pragma once
 
 #include <cstdint>
@@ -19,23 +18,25 @@ class Profile {
   public:
     enum class Kind { kEvent, kScene, kRule };
 
-    // What one event, scene or rule sets.
+    // The settings of one event, scene or rule.
     struct Policy {
-        std::string name;  // for people; may be empty
+        std::string name;  // shown in journal, tools and timeline; may be empty
         std::vector<MirxRequestData> resources;
     };
 
     // Reads `file`. Returns nothing, with "file:line: reason" in `error`, when it cannot be read or
-    // anything in it is not as it should be.
+    // is invalid.
     static std::optional<Profile> read(const std::string& file, std::string* error);
 
-    // Null when the profile sets nothing. `status` is a rule's: a policy for just this status goes
-    // before one for any.
+    // Returns null when there is no policy. `status` is the status of a rule: a policy for this
+    // status is preferred to a policy for any status.
     const Policy* find(Kind kind, int32_t id, std::optional<int32_t> status = {}) const;
+    // A line for each policy.
+    std::vector<std::string> describe() const;
 
   private:
     friend class ProfileReader;
-    // Kind, id and, of a rule that asks for one, its status.
+    // Kind, id, and the status if the policy is for one status of a rule.
     using Key = std::tuple<Kind, int32_t, std::optional<int32_t>>;
 
     std::map<Key, Policy> mPolicies;

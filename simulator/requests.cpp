@@ -1,9 +1,10 @@
-// What the simulated service does with each kind of request.
+// How the simulated service handles each kind of request.
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "aidl/request_kinds.h"
+#include "simulator/caller.h"
 #include "simulator/mirx_service.h"
 
 namespace simulator {
@@ -13,7 +14,7 @@ using namespace mirx;
 // The answer to a request that acquires nothing and was accepted.
 constexpr int32_t kAccepted = 1;
 
-// The first element of an event or a scene request names the event or the scene.
+// The id of an event or a scene is in the first element of its request.
 static std::optional<int32_t> subjectIn(const MirxRequestParcel& parcel) {
     const bool named = parcel.requestType == kEventAcquire || parcel.requestType == kSceneControl;
     if (!named || parcel.requestData.empty()) return std::nullopt;
@@ -53,17 +54,12 @@ int32_t MirxService::acquire(const MirxRequestParcel& parcel) {
               .resources = parcel.requestData,
               .package = parcel.packageName.value_or(""),
               .identity = parcel.identity.value_or(""),
-              .pid = parcel.pid,
+              .pid = callerOf(parcel),
               .duration = parcel.duration};
     if (const auto subject = subjectIn(parcel)) {
         hold.subject = *subject;
         hold.resources.erase(hold.resources.begin());
         applyPolicy(policyOf(parcel), hold);
-        if (mTimeline != nullptr) {
-            mTimeline->mark(parcel.requestType == kEventAcquire ? "events" : "scenes",
-                            subjectOf(hold),
-                            {{"package", hold.package}, {"identity", hold.identity}});
-        }
     }
     int32_t handle = parcel.handle;
     if (handle > 0) {
@@ -78,7 +74,7 @@ int32_t MirxService::acquire(const MirxRequestParcel& parcel) {
 int32_t MirxService::noteThermalLevels(const MirxRequestParcel& parcel) {
     std::vector<MirxRequestData> changed;
     {
-        std::lock_guard lock(mThermalMutex);
+        std::lock_guard lock(mMutex);
         for (const MirxRequestData& data : parcel.requestData) {
             std::string& level = mThermalLevels[data.id];
             if (level == data.value.value_or("")) continue;

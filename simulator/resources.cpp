@@ -63,7 +63,7 @@ const KnownResource* findResource(const ResourceKey& key) {
 
 std::string labelOf(const ResourceKey& key) {
     const KnownResource* known = findResource(key);
-    return known == nullptr ? textOf(key) : textOf(key) + " " + known->name;
+    return known == nullptr ? textOf(key) : std::string(known->name) + " " + textOf(key);
 }
 
 std::optional<std::string> idleValueOf(const ResourceKey& key) {

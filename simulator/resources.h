@@ -13,7 +13,7 @@ namespace simulator {
 
 using aidl::vendor::tavro::hardware::mirx::MirxRequestData;
 
-// What a resource is addressed by: a path, or an opcode when the path is empty.
+// The address of a resource: a path, or an opcode when the path is empty.
 struct ResourceKey {
     int32_t opcode = 0;
     std::string path;
@@ -25,7 +25,7 @@ struct ResourceKey {
 };
 
 ResourceKey keyOf(const MirxRequestData& data);
-// The key as people write it: the path, or the opcode in hexadecimal.
+// The path, or the opcode in hexadecimal.
 std::string textOf(const ResourceKey& key);
 
 struct KnownResource {
@@ -36,12 +36,12 @@ struct KnownResource {
 
 std::span<const KnownResource> knownResources();
 
-// What the device knows of a resource; null for one that it does not know.
+// Null for a resource that the device does not know.
 const KnownResource* findResource(const ResourceKey& key);
-// The key, and the resource's name if it has one.
+// The name of the resource, if it has one, and the key.
 std::string labelOf(const ResourceKey& key);
 
-// The value of a resource that nobody holds; none for one that the device does not know.
+// The value of a resource that nobody holds. None for a resource that the device does not know.
 std::optional<std::string> idleValueOf(const ResourceKey& key);
 
 }  // namespace simulator

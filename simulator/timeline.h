@@ -1,15 +1,13 @@
-// A trace file of what was held: for the Perfetto UI, chrome://tracing and whatever else reads the
-// Chrome JSON trace event format.
+// A trace file of what was held, in the Chrome JSON trace event format.
 #pragma once
 
-#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
-#include <utility>
+#include <thread>
 #include <vector>
 
 #include <android-base/thread_annotations.h>
@@ -23,55 +21,67 @@ class Value;
 
 namespace simulator {
 
-// A track a resource with a slice a hold, a counter for each resource whose values are numbers, and
-// tracks of instants. Holds that overlap on a resource go to a further track of the same name and a
-// number, because slices of one track must nest.
+// The content of the file, with times of CLOCK_BOOTTIME as in a device's own traces:
+// - a track for each kind of request, with a slice for each hold;
+// - a track for each resource, with a slice for each hold that sets it. Slices of one track must
+//   nest, so a hold that overlaps another one goes to a track of the same name and a number;
+// - a counter for each resource whose values are numbers, with the effective value.
 //
-// Every entry is one write at the end of a JSON array, which needs no closing bracket: the file is
-// valid at any time, also when the process is killed. Any thread may use it.
+// Each write appends the new entries and an end of the array: it ends all current holds, marked as
+// never released, and says that the service died. The next write, at most 250 ms later, overwrites
+// that end. So the file is valid at any time, also after the process is killed. Any thread may use
+// the object.
 class Timeline {
   public:
-    // Writes to `file`, in place of what it holds. Returns null, with the reason in `error`, when
-    // it cannot be opened.
+    // Writes to `file`. Replaces a finished timeline. Continues the timeline of a simulator that
+    // died: this process is shown beside the dead one. Returns null, with the reason in `error`,
+    // if the file has other content, is in use or cannot be opened.
     static std::unique_ptr<Timeline> make(const std::string& file, std::string* error);
-    ~Timeline();
+    ~Timeline();  // NOLINT(bugprone-exception-escape): it throws only when memory is exhausted
 
-    // One step of the table of holds; see Holds::Callbacks::onStep.
-    void step(const Hold* ended, End why, const Hold* begun,
-              const std::vector<MirxRequestData>& changed);
+    // One step of the table of holds, in the order of the steps.
+    void step(const Step& step);
 
-    // An instant on the track of that name, with details for who selects it.
-    void mark(const std::string& track, const std::string& name,
-              const std::vector<std::pair<std::string, std::string>>& details);
-
-    // Ends what is still held and closes the file. What comes afterwards is left out.
+    // Ends all slices and closes the file. Later steps are ignored.
     void finish();
 
   private:
-    using Clock = std::chrono::steady_clock;
     struct Slice {
-        int track;
         Holder holder;
+        int track;
+        int64_t since;
+        bool timed;  // ends by itself
+        const char* colour;
+        std::string name;
+        std::map<std::string, std::string> details;
     };
 
-    explicit Timeline(android::base::unique_fd file);
+    // Writes to `file` from offset `end` on, where `ending` is the current content.
+    Timeline(android::base::unique_fd file, int64_t end, std::string ending);
 
-    Json::Value entry(const char* phase, int track) const;
-    void begin(const Hold& hold) REQUIRES(mMutex);
-    void end(const Holder& holder, const char* why) REQUIRES(mMutex);
-    void count(const ResourceKey& key, const std::string& value, bool fromTheStart)
+    void begin(const Hold& hold, int64_t at) REQUIRES(mMutex);
+    void end(const Holder& holder, const std::string& why, int64_t at) REQUIRES(mMutex);
+    int freeTrack(const std::string& name, int order) REQUIRES(mMutex);
+    void count(const std::string& label, int64_t value, int64_t at) REQUIRES(mMutex);
+    // Completes an entry and adds it to those that the next write puts into the file.
+    void add(const char* phase, int process, int track, int64_t at, Json::Value entry)
             REQUIRES(mMutex);
-    int freeTrack(const std::string& label) REQUIRES(mMutex);
-    int trackOf(const std::string& name) REQUIRES(mMutex);
-    void write(const Json::Value& entry) REQUIRES(mMutex);
+    void addSlice(const Slice& slice, const std::string& why, int64_t at) REQUIRES(mMutex);
+    // Writes the added entries and the end of the file as it is now.
+    void write(const char* why, int64_t at) REQUIRES(mMutex);
+    void runClock() EXCLUDES(mMutex);
 
     std::mutex mMutex;
     android::base::unique_fd mFile GUARDED_BY(mMutex);  // closed once nothing more is written
-    const Clock::time_point mStart = Clock::now();
-    const char* mSeparator GUARDED_BY(mMutex) = "[\n";
+    int64_t mEnd GUARDED_BY(mMutex);  // offset behind the entries that are never overwritten
+    std::string mEnding GUARDED_BY(mMutex);  // the content of the file from there on
+    std::string mAdded GUARDED_BY(mMutex);  // entries that are not written yet
     std::map<std::string, int> mTracks GUARDED_BY(mMutex);
-    std::set<ResourceKey> mCounted GUARDED_BY(mMutex);
+    std::map<std::string, int64_t> mCounters GUARDED_BY(mMutex);
     std::vector<Slice> mOpen GUARDED_BY(mMutex);
+    const int64_t mStart;
+    std::condition_variable mFinished;
+    std::thread mClock;
 };
 
 }  // namespace simulator
