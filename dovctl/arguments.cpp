@@ -1,27 +1,30 @@
-// From words of the command line to named values, as the tables of the commands say.
+// Parses the words of a command line into named values, as the commands' tables say.
 #include "dovctl/arguments.h"
 
 #include <algorithm>
 
+#include <android-base/strings.h>
 #include <getopt.h>
+
+#include "dovctl/text.h"
 
 namespace dovctl {
 namespace {
 
-// getopt_long gives this for an option's long form, plus its index; above every letter.
+// getopt_long returns this plus the option's index for a long form; above every letter.
 constexpr int kFirstLong = 256;
-// What it gives for a word that is no option, when asked to keep the order.
+// getopt_long returns this for a word that is no option, if asked to keep the order.
 constexpr int kWord = 1;
 
 std::string letters(std::span<const Parameter> options, Order order) {
-    // ':' tells a missing value from an unknown option.
+    // With ':', getopt distinguishes a missing value from an unknown option.
     std::string text = order == Order::kMixed ? "-:" : "+:";
     for (const Parameter& option : options) {
         if (option.letter == 0) continue;
         text += option.letter;
         if (option.read != nullptr) text += ':';
     }
-    // "-12" is to be a positional number. As the option '1' with the attached value "2" it comes
+    // "-12" is a positional number. Declared as the option '1' with an optional value, it comes
     // back in one piece.
     for (char digit = '0'; digit <= '9'; ++digit) text.append(1, digit).append("::");
     return text;
@@ -37,7 +40,7 @@ std::vector<option> longForms(std::span<const Parameter> options) {
     return forms;
 }
 
-// The option that a result of getopt_long, or optopt, stands for; null if none.
+// The option of a result of getopt_long or of optopt; null if none.
 const Parameter* optionOf(std::span<const Parameter> options, int code) {
     if (code >= kFirstLong) return &options[static_cast<size_t>(code - kFirstLong)];
     const auto found = std::find_if(options.begin(), options.end(), [&](const Parameter& option) {
@@ -51,8 +54,12 @@ std::string describeBadOption(std::span<const Parameter> options, const char* wo
         const char* const wrong = option->read != nullptr ? " needs a value" : " takes no value";
         return std::string("--") + option->name + wrong;
     }
-    const std::string name = optopt != 0 ? std::string{'-', static_cast<char>(optopt)} : word;
-    return "unknown or ambiguous option '" + name + "'";
+    if (optopt != 0) return "unknown option '-" + std::string(1, static_cast<char>(optopt)) + "'";
+    std::vector<std::string> names;
+    for (const Parameter& option : options) names.push_back(std::string("--") + option.name);
+    const std::string given = word;
+    return "unknown or ambiguous option '" + given + "'" +
+           didYouMean(given.substr(0, given.find('=')), names);
 }
 
 std::string takeValue(const Parameter& parameter, const std::string& shownName,
@@ -60,6 +67,15 @@ std::string takeValue(const Parameter& parameter, const std::string& shownName,
     std::string why;
     std::optional<Value> value = parameter.read(text, why);
     if (!value) return shownName + ": " + why;
+    const auto* name = std::get_if<std::string>(&*value);
+    if (name != nullptr && parameter.choices != nullptr) {
+        const std::vector<std::string> known = parameter.choices();
+        if (std::find(known.begin(), known.end(), *name) == known.end()) {
+            const std::string closest = didYouMean(*name, known);
+            return shownName + ": unknown '" + *name + "'" +
+                   (closest.empty() ? "; known are " + android::base::Join(known, " ") : closest);
+        }
+    }
     arguments.add(parameter.name, *std::move(value));
     return "";
 }
@@ -78,7 +94,7 @@ std::string takeOptions(std::span<const Parameter> options, Order order,
     const std::string shortForms = letters(options, order);
     const std::vector<option> forms = longForms(options);
     opterr = 0;
-    optind = 0;  // starts over, also within an earlier list that was left half-way
+    optind = 0;  // starts over, even if an earlier list was not parsed to its end
     while (true) {
         const int code = getopt_long(argc, argv.data(), shortForms.c_str(), forms.data(), nullptr);
         if (code == -1) break;
@@ -105,10 +121,10 @@ std::string takePositionals(std::span<const Parameter> positionals,
                             const std::vector<std::string>& words, Arguments& arguments) {
     size_t next = 0;
     for (const Parameter& positional : positionals) {
-        const bool repeats = positional.count == Count::kAny || positional.count == Count::kMany;
-        const bool required = positional.count == Count::kOne || positional.count == Count::kMany;
-        if (required && next == words.size()) return std::string(positional.name) + " is missing";
-        const size_t end = repeats ? words.size() : std::min(next + 1, words.size());
+        if (positional.required() && next == words.size()) {
+            return std::string(positional.name) + " is missing";
+        }
+        const size_t end = positional.repeats() ? words.size() : std::min(next + 1, words.size());
         for (; next < end; ++next) {
             std::string error = takeValue(positional, positional.name, words[next], arguments);
             if (!error.empty()) return error;
@@ -121,9 +137,7 @@ std::string complete(std::span<const Parameter> options, Arguments& arguments) {
     for (const Parameter& option : options) {
         if (arguments.has(option.name)) continue;
         const std::string name = std::string("--") + option.name;
-        if (option.count == Count::kOne || option.count == Count::kMany) {
-            return name + " is missing";
-        }
+        if (option.required()) return name + " is missing";
         if (option.fallback == nullptr) continue;
         std::string error = takeValue(option, name, option.fallback, arguments);
         if (!error.empty()) return error;

@@ -1,6 +1,7 @@
-// From words of the command line to named values, as the tables of the commands say.
+// Parses the words of a command line into named values, as the commands' tables say.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,9 +13,9 @@
 namespace dovctl {
 
 enum class Count {
-    kOptional,  // once or not at all
+    kOptional,  // at most once
     kOne,  // exactly once
-    kAny,  // as often as one likes
+    kAny,  // any number of times
     kMany,  // at least once
 };
 
@@ -22,37 +23,42 @@ enum class Count {
 struct Parameter {
     const char* name = "";  // an option's without its dashes
     char letter = 0;  // an option's short form, if it has one
-    const char* placeholder = nullptr;  // what help calls an option's value
-    Reader read = nullptr;  // none: an option without a value
+    const char* placeholder = nullptr;  // the name of an option's value in the help
+    Reader read = nullptr;  // null: an option without a value
     Count count = Count::kOptional;
-    const char* fallback = nullptr;  // an option's value when it is not given
+    const char* fallback = nullptr;  // an option's default value
     const char* help = "";
-    // The values there are, where they can be listed: for completion in a shell.
+    // The names that it takes, also for completion in a shell; null if they cannot be listed. A
+    // text must be one of them.
     std::vector<std::string> (*choices)() = nullptr;
+
+    bool required() const { return count == Count::kOne || count == Count::kMany; }
+    bool repeats() const { return count == Count::kAny || count == Count::kMany; }
 };
 
-// The values of a command's parameters, in the order given. Fallbacks count as given.
+// The values of a command's parameters, in the order given, with the defaults of the others.
 class Arguments {
   public:
     // `name` must outlive this object; the tables' names do.
     void add(std::string_view name, Value value) { mValues.emplace_back(name, std::move(value)); }
 
     bool has(std::string_view name) const {
-        for (const auto& [known, value] : mValues) {
-            if (known == name) return true;
-        }
-        return false;
+        return std::any_of(mValues.begin(), mValues.end(),
+                           [name](const auto& value) { return value.first == name; });
     }
 
-    // T is what the parameter's reader makes.
+    // Those of the parameter's values that are a T.
     template <typename T>
     std::vector<T> all(std::string_view name) const {
         std::vector<T> values;
         for (const auto& [known, value] : mValues) {
-            if (known == name) values.push_back(std::get<T>(value));
+            const T* match = known == name ? std::get_if<T>(&value) : nullptr;
+            if (match != nullptr) values.push_back(*match);
         }
         return values;
     }
+
+    const std::vector<std::pair<std::string_view, Value>>& all() const { return mValues; }
 
     // The last value given, so that a script can append an option to override an earlier one.
     template <typename T>
@@ -67,22 +73,23 @@ class Arguments {
 
 enum class Order { kOptionsFirst, kMixed };
 
-// Takes the options out of `words` into `arguments`. With kOptionsFirst everything behind the first
-// other word is left alone. "--" ends the options. Negative numbers are not taken for options.
+// Moves the options among `words` into `arguments` and the other words into `rest`. With
+// kOptionsFirst every word after the first that is no option goes to `rest`. "--" ends the options.
+// A negative number is no option.
 //
-// Returns what is wrong with the first bad option, or an empty text. `rest` gets the other words.
-// Uses getopt's globals: for one thread at a time.
+// Returns the error in the first bad option, or an empty text. Uses getopt's globals: not
+// thread-safe.
 std::string takeOptions(std::span<const Parameter> options, Order order,
                         const std::vector<std::string>& words, Arguments& arguments,
                         std::vector<std::string>& rest);
 
-// Reads `words` as the values of `positionals`, of which only the last may be other than kOne.
+// Reads `words` as the values of `positionals`. Only the last one may be other than kOne.
 // Returns what is wrong, or an empty text.
 std::string takePositionals(std::span<const Parameter> positionals,
                             const std::vector<std::string>& words, Arguments& arguments);
 
-// Adds the fallbacks of what was not given. Returns which required option is missing, or an empty
-// text.
+// Adds the defaults of the options that were not given. Returns which required option is missing,
+// or an empty text.
 std::string complete(std::span<const Parameter> options, Arguments& arguments);
 
 }  // namespace dovctl

@@ -1,13 +1,19 @@
-// Finds out why nothing happens: the steps of a request, tried one by one.
+// Diagnoses why nothing happens: tries the steps of a request one by one.
 #include "dovctl/doctor.h"
 
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <utility>
 #include <vector>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
+#include <android-base/strings.h>
 #include <android/binder_manager.h>
 
 #include "dovctl/process.h"
@@ -35,38 +41,80 @@ std::string noAnswer(const Patient& patient) {
     return "no answer within " + std::to_string(patient.patience.count()) + " ms";
 }
 
-// The service does not answer: its process may tell why.
+// The service does not answer: look whether its process is stopped.
 Finding hung(const Patient& patient) {
     const Process process = serviceProcess(patient.patience);
     const std::string pid = std::to_string(process.pid);
-    if (process.pid == 0) return failed(noAnswer(patient), "find out what its process is doing");
+    if (process.pid == 0) return failed(noAnswer(patient), "restart the service");
     return failed(noAnswer(patient) + " from " + textOf(process),
                   process.stopped ? "continue it: kill -CONT " + pid
-                                  : "find out what it is doing, or start it again");
+                                  : "look at its threads (debuggerd -b " + pid + ", or gdb -p " +
+                                            pid + "), or restart it");
+}
+
+std::string adviceFor(const Status& status) {
+    if (status.getExceptionCode() != EX_TRANSACTION_FAILED) {
+        return "read the service's log: it answered with an error";
+    }
+    if (status.getStatus() == STATUS_UNKNOWN_TRANSACTION) {
+        return "replace the service by one that is built from version " +
+               std::to_string(IMirx::version) +
+               " of the interface or a later one: it lacks this operation";
+    }
+    return "read the service's log for why the connection broke, and restart the service";
 }
 
 Finding callFailed(const char* call, const Status& status) {
-    return failed(std::string(call) + " failed: " + status.getDescription(),
-                  status.getExceptionCode() == EX_TRANSACTION_FAILED
-                          ? "the connection broke: did the service die? see its log"
-                          : "the service says no: see its log");
+    return failed(std::string(call) + " failed: " + status.getDescription(), adviceFor(status));
+}
+
+std::string adviceForDriver(const std::string& device) {
+    if (access(device.c_str(), F_OK) == 0) {
+        return "run this as a user who may read and write " + device;
+    }
+    // A program that can use sockets has chosen them before.
+    return "load the kernel's binder driver (modprobe binder_linux) and mount binderfs, so that " +
+           device + " exists";
+}
+
+std::string adviceForFolder(const std::string& folder) {
+    struct stat status = {};
+    if (stat(folder.c_str(), &status) != 0) {
+        if (errno == ENOENT) return "mkdir -p -m 700 " + folder;
+        return "let DOV_SERVICE_DIR name a folder that you may open";
+    }
+    if (S_ISDIR(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & 077) != 0) {
+        return "chmod 700 " + folder;
+    }
+    return "let DOV_SERVICE_DIR name a folder of your own that others cannot open, with a short "
+           "path";
+}
+
+// Over sockets a service answers on FOLDER/PACKAGE.IInterface@INSTANCE.PID.NUMBER.
+bool fitsSocket(const std::string& folder) {
+    constexpr std::string_view kLongestSuffix = ".4194304.99";
+    return folder.size() + 1 + std::strlen(kServiceName) + kLongestSuffix.size() <
+           sizeof(sockaddr_un::sun_path);
 }
 
 Finding examineTransport(Patient& patient) {
     const dovcommon::Transport& transport = patient.transport;
-    if (transport.problem.empty()) {
-        return ok((transport.sockets ? "sockets in " : "the kernel's driver ") + transport.place);
+    if (!transport.problem.empty()) {
+        return failed(transport.problem, transport.sockets ? adviceForFolder(transport.place)
+                                                           : adviceForDriver(transport.place));
     }
-    return failed(transport.problem,
-                  transport.sockets
-                          ? "let DOV_SERVICE_DIR name a folder of your own that others cannot open"
-                          : "the kernel has no binder driver, or this user may not use it");
+    if (!transport.sockets) return ok("the kernel's driver " + transport.place);
+    if (!fitsSocket(transport.place)) {
+        return failed(transport.place + ": too long for the path of a socket",
+                      "let DOV_SERVICE_DIR name a folder with a shorter path");
+    }
+    return ok("sockets in " + transport.place);
 }
 
 Finding examineServiceManager(Patient& patient) {
     const auto declared =
             within(patient.patience, [] { return AServiceManager_isDeclared(kServiceName); });
-    if (!declared) return failed(noAnswer(patient), "is the service manager running?");
+    if (!declared) return failed(noAnswer(patient), "start the service manager, or restart it");
     patient.declared = *declared;
     return ok(patient.transport.sockets ? "the folder itself" : "answers");
 }
@@ -75,34 +123,38 @@ Finding examineDeclaration(Patient& patient) {
     if (patient.declared) return ok(kServiceName);
     const std::string cause = std::string("no VINTF manifest declares ") + kServiceName;
     if (patient.transport.sockets) {
+        // A fragment that cannot be read is logged as "FILE: REASON".
+        for (const std::string& problem : patient.log->problems()) {
+            if (!problem.starts_with(patient.transport.place + "/")) continue;
+            return failed(android::base::Join(std::vector{cause, problem}, "; "),
+                          "correct that file, or replace it");
+        }
         return failed(cause, "copy the service's manifest fragment (*.xml) into " +
-                                     patient.transport.place);
+                                     patient.transport.place +
+                                     ", or start mirx-simulator with --declare");
     }
-    return failed(cause + ", or SELinux does not let this process find it: that looks the same",
-                  "look for 'avc: denied { find }' in the kernel's log, and for the service's "
-                  "fragment in etc/vintf/manifest");
+    return failed(
+            cause + ", or SELinux hides it from this process, which looks the same",
+            "install the service's fragment in etc/vintf/manifest; if it is there, allow what "
+            "'avc: denied { find }' in the kernel's log names");
 }
 
 Finding examineRunning(Patient& patient) {
-    struct Registered {
-        bool is;
-        std::shared_ptr<IMirx> mirx;
-    };
-    // The service's process is asked already here: over sockets by the look-up, over the driver by
-    // the question of what interface it has.
+    // May block: over sockets the look-up calls the service's process, over the driver the question
+    // for its interface does.
     auto registered = within(patient.patience, [] {
         const ndk::SpAIBinder binder(AServiceManager_checkService(kServiceName));
-        return Registered{binder.get() != nullptr, IMirx::fromBinder(binder)};
+        return std::pair(binder, IMirx::fromBinder(binder));
     });
     if (!registered) return hung(patient);
-    if (!registered->is) {
+    if (registered->first.get() == nullptr) {
         return failed("it is declared, but no process has registered it",
-                      "start the service, or see its log for why it ended");
+                      "start the service; its log says why it ended, if it did");
     }
-    patient.mirx = std::move(registered->mirx);
+    patient.mirx = std::move(registered->second);
     if (patient.mirx == nullptr) {
         return failed("what is registered is another interface",
-                      "find out who registers this name");
+                      "end the process that registers this name");
     }
     return ok("registered");
 }
@@ -110,7 +162,7 @@ Finding examineRunning(Patient& patient) {
 Finding examineProcess(Patient& patient) {
     const Process process = serviceProcess(patient.patience);
     if (process.pid == 0) {
-        return {Finding::kNotTried, "the service manager does not tell this user", {}};
+        return {Finding::kNotTried, "the service manager does not say", {}};
     }
     if (process.stopped) {
         return failed(textOf(process), "continue it: kill -CONT " + std::to_string(process.pid));
@@ -134,7 +186,7 @@ Finding examineInterface(Patient& patient) {
     if (!answer->status.isOk()) return callFailed("getInterfaceVersion", answer->status);
     const std::string found =
             "version " + std::to_string(answer->version) + ", hash " + answer->hash;
-    // A later version keeps all that an earlier one has.
+    // A later version has every operation of an earlier one.
     if (answer->version > IMirx::version) return ok(found + " (newer than this client)");
     if (answer->version == IMirx::version && answer->hash == IMirx::hash) return ok(found);
     return failed(found + "; this client has version " + std::to_string(IMirx::version) +
@@ -148,8 +200,8 @@ Finding examineInit(Patient& patient) {
     return status->isOk() ? ok("accepted") : callFailed("init", *status);
 }
 
-// Tells what became of a request that holds nothing: acquired, with `meanwhile` called while it is
-// held, and released. It ends by itself after a second should the release get lost.
+// Acquires a request without resources, calls `meanwhile` and releases the request. Its duration
+// ends it after a second if the release is lost.
 template <typename Meanwhile>
 Finding hold(const Patient& patient,
              const std::shared_ptr<aidl::vendor::tavro::hardware::mirx::IMirxCallback>& callback,
@@ -160,7 +212,7 @@ Finding hold(const Patient& patient,
     };
     auto acquired = within(patient.patience, [mirx = patient.mirx, callback] {
         MirxRequestParcel parcel;
-        parcel.requestType = dovcommon::kResourceControl;
+        parcel.requestType = mirx::kResourceControl;
         parcel.handle = -1;
         parcel.arg4 = -1;
         parcel.pid = getpid();
@@ -173,7 +225,7 @@ Finding hold(const Patient& patient,
     });
     if (!acquired) return hung(patient);
     if (!acquired->status.isOk()) return callFailed("request", acquired->status);
-    if (acquired->number == -1) return failed("the service refused to hold", "see its log");
+    if (acquired->number == -1) return failed("the service refused to hold", "read its log");
     Finding finding = meanwhile(acquired->number);
     auto released = within(patient.patience, [mirx = patient.mirx, handle = acquired->number] {
         Answer answer;
@@ -183,7 +235,7 @@ Finding hold(const Patient& patient,
     if (!released) return hung(patient);
     if (!released->status.isOk()) return callFailed("release", released->status);
     if (released->number == -1) {
-        return failed("the service did not know its own handle", "see its log");
+        return failed("the service did not know its own handle", "read its log");
     }
     return finding;
 }
@@ -197,13 +249,13 @@ Finding examineHold(Patient& patient) {
 class Callback : public aidl::vendor::tavro::hardware::mirx::BnMirxCallback {
   public:
     Status onCallback(const std::vector<MirxRequestData>&) override {
-        if (!mHeard.exchange(true)) mCalled.set_value();
+        if (!mArrived.exchange(true)) mCalled.set_value();
         return Status::ok();
     }
     std::future<void> called() { return mCalled.get_future(); }
 
   private:
-    std::atomic<bool> mHeard = false;
+    std::atomic<bool> mArrived = false;
     std::promise<void> mCalled;
 };
 
@@ -212,12 +264,12 @@ Finding examineCallbacks(Patient& patient) {
     auto called = callback->called();
     return hold(patient, callback, [&](int32_t) {
         if (called.wait_for(patient.patience) == std::future_status::ready) {
-            return ok("the completion of a request was heard of");
+            return ok("the completion callback arrived");
         }
         return failed("the service held, but did not call back within " +
                               std::to_string(patient.patience.count()) + " ms",
-                      "does the service complete requests that hold nothing? if so, no binder "
-                      "thread of this process was free to hear of it");
+                      "make the service complete requests without resources too; if it does, read "
+                      "its log for why the callback failed");
     });
 }
 

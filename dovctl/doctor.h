@@ -1,4 +1,4 @@
-// Finds out why nothing happens: the steps of a request, tried one by one.
+// Diagnoses why nothing happens: tries the steps of a request one by one.
 #pragma once
 
 #include <sys/types.h>
@@ -11,19 +11,21 @@
 #include "common/service.h"
 #include "common/transport.h"
 #include "dovctl/exit_code.h"
+#include "dovctl/library_log.h"
 
 namespace dovctl {
 
 struct Finding {
     enum State { kOk, kFailed, kNotTried } state;
-    std::string what;  // what was found, or the cause of the failure
-    std::string advice;  // what to do about it
+    std::string what;  // the finding, or the cause of the failure
+    std::string advice;  // what to do about the failure
 };
 
-// What one step leaves for the next ones.
+// Results of the earlier steps.
 struct Patient {
     dovcommon::Transport transport;
     std::chrono::milliseconds patience;  // for each answer
+    const LibraryLog* log;
     bool declared = false;
     std::shared_ptr<dovcommon::IMirx> mirx = nullptr;
 };
@@ -31,10 +33,10 @@ struct Patient {
 struct Step {
     const char* name;
     Finding (*examine)(Patient& patient);
-    ExitCode failure;  // what the program ends with when it fails
+    ExitCode failure;  // the program's exit code if the step fails
 };
 
-// In the order in which things go wrong; a step presumes that those before it went well.
+// In the order of a request. A step may assume that those before it succeeded.
 std::span<const Step> doctorSteps();
 
 }  // namespace dovctl

@@ -1,16 +1,20 @@
 // The command-line client as an object, so that it can run within a test.
 #include "dovctl/dovctl.h"
 
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include "dovctl/commands/commands.h"
 #include "dovctl/help.h"
 #include "dovctl/library_log.h"
+#include "dovctl/message_size.h"
+#include "dovctl/text.h"
 
 namespace dovctl {
 namespace {
 
-// The first two are taken behind the command too.
+// The first kCommonOptions are also accepted after the command.
 constexpr Parameter kGlobalOptions[] = {
         {.name = "verbose", .letter = 'v', .help = "print the library's log on stderr"},
         {.name = "help", .letter = 'h', .help = "print this text"},
@@ -25,20 +29,26 @@ std::span<const Parameter> globalOptions() {
 }
 
 std::vector<Parameter> optionsOf(const Command& command) {
-    std::vector<Parameter> options(command.options.begin(), command.options.end());
+    std::vector<Parameter> options = command.options;
     const auto common = globalOptions().first(kCommonOptions);
     options.insert(options.end(), common.begin(), common.end());
     return options;
 }
 
-Dovctl::Dovctl(std::ostream& out, std::ostream& err, std::function<void()> waitForInterrupt,
-               std::function<void()> expectInterrupt, dovcommon::Transport transport,
+Dovctl::Dovctl(Output out, Output err, Waiter& waiter, dovcommon::Transport transport,
                std::function<std::unique_ptr<Screen>()> openScreen)
-    : mConsole(out, err),
-      mSession{mConsole, std::move(expectInterrupt), std::move(waitForInterrupt),
-               std::move(transport), std::move(openScreen)} {}
+    : mConsole(out, err), mSession{mConsole, waiter, std::move(transport), std::move(openScreen)} {}
 
 int Dovctl::run(const std::vector<std::string>& args) {
+    const ExitCode code = runCommandLine(args);
+    const std::string problem = mConsole.outputProblem();
+    if (problem.empty()) return code;
+    // A reader that has read enough, like head, is no fault to report.
+    if (problem != std::strerror(EPIPE)) mConsole.fail("cannot write the output: " + problem);
+    return code == kDone ? kNoOutput : code;
+}
+
+ExitCode Dovctl::runCommandLine(const std::vector<std::string>& args) {
     Arguments arguments;
     std::vector<std::string> rest;
     const std::string error =
@@ -57,7 +67,10 @@ int Dovctl::run(const std::vector<std::string>& args) {
         return kWrongUsage;
     }
     const Command* command = findCommand(rest.front());
-    if (command == nullptr) return wrongUsage("unknown command '" + rest.front() + "'");
+    if (command == nullptr) {
+        return wrongUsage("unknown command '" + rest.front() + "'" +
+                          didYouMean(rest.front(), commandNames()));
+    }
     rest.erase(rest.begin());
     return runCommand(*command, rest, arguments.has("verbose"));
 }
@@ -68,7 +81,7 @@ ExitCode Dovctl::runCommand(const Command& command, const std::vector<std::strin
     Arguments arguments;
     std::vector<std::string> rest;
     std::string error = takeOptions(options, Order::kMixed, words, arguments, rest);
-    // Whoever asks for help need not have got the rest right.
+    // Help is printed even if the rest is wrong.
     if (arguments.has("help")) {
         mConsole.print(commandHelp(command));
         return kDone;
@@ -77,18 +90,25 @@ ExitCode Dovctl::runCommand(const Command& command, const std::vector<std::strin
     if (error.empty()) error = complete(options, arguments);
     if (!error.empty()) return wrongUsage(error, &command);
 
+    mSession.command = command.name;
     if (!mSession.transport.problem.empty() && !command.offline) {
-        mConsole.fail(std::string(command.name) +
-                      ": no service can be reached: " + mSession.transport.problem);
-        return kNoService;
+        return mSession.fail(kNoService,
+                             "no service can be reached: " + mSession.transport.problem);
     }
-    const LibraryLog log(mConsole, verbose || arguments.has("verbose"));
-    return command.run(mSession, arguments);
+    if (const std::string problem = whyTooLarge(mSession.transport, arguments); !problem.empty()) {
+        return mSession.fail(kTooLarge, problem);
+    }
+    LibraryLog log(mConsole, verbose || arguments.has("verbose"));
+    mSession.log = &log;
+    const ExitCode code = command.run(mSession, arguments);
+    mSession.log = nullptr;
+    return code;
 }
 
 ExitCode Dovctl::wrongUsage(const std::string& error, const Command* command) {
     const std::string name = command != nullptr ? command->name : "";
-    mConsole.fail((name.empty() ? "" : name + ": ") + error + "; try 'dovctl " +
+    mConsole.fail((name.empty() ? "" : name + ": ") + error +
+                  (error.ends_with('?') ? " Try 'dovctl " : "; try 'dovctl ") +
                   (name.empty() ? "" : name + " ") + "--help'");
     return kWrongUsage;
 }

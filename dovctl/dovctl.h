@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -12,12 +11,10 @@ namespace dovctl {
 
 class Dovctl {
   public:
-    // The streams must outlive the object. `waitForInterrupt` returns when the user wants a waiting
-    // command to end; `expectInterrupt` is called before the command says that it waits.
-    // `transport` is the way to the services; `openScreen` gives a screen if there is a terminal.
+    // The streams and the waiter must outlive the object. `transport` is how the program reaches
+    // services; `openScreen` returns a screen if there is a terminal.
     Dovctl(
-            std::ostream& out, std::ostream& err, std::function<void()> waitForInterrupt,
-            std::function<void()> expectInterrupt = [] {}, dovcommon::Transport transport = {},
+            Output out, Output err, Waiter& waiter, dovcommon::Transport transport = {},
             std::function<std::unique_ptr<Screen>()> openScreen = [] { return nullptr; });
 
     // Runs one command line, without the program's name, and returns an ExitCode. Redirects the
@@ -25,6 +22,7 @@ class Dovctl {
     int run(const std::vector<std::string>& args);
 
   private:
+    ExitCode runCommandLine(const std::vector<std::string>& args);
     ExitCode runCommand(const Command& command, const std::vector<std::string>& words,
                         bool verbose);
     ExitCode wrongUsage(const std::string& error, const Command* command = nullptr);

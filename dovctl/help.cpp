@@ -1,4 +1,4 @@
-// The help texts, made from the tables of the commands.
+// The help texts, generated from the commands' tables.
 #include "dovctl/help.h"
 
 #include <algorithm>
@@ -25,31 +25,23 @@ std::string section(const char* heading, const Rows& rows) {
     return text;
 }
 
-bool isRequired(const Parameter& parameter) {
-    return parameter.count == Count::kOne || parameter.count == Count::kMany;
-}
-
-bool isRepeatable(const Parameter& parameter) {
-    return parameter.count == Count::kAny || parameter.count == Count::kMany;
-}
-
 std::string longForm(const Parameter& option) {
     std::string text = std::string("--") + option.name;
     if (option.placeholder != nullptr) text.append(" ").append(option.placeholder);
     return text;
 }
 
-// How a parameter stands in a usage line.
+// A parameter in a usage line.
 std::string usageOf(const Parameter& parameter, const std::string& form) {
-    const std::string repeated = form + (isRepeatable(parameter) ? "..." : "");
-    return isRequired(parameter) ? repeated : "[" + repeated + "]";
+    const std::string repeated = form + (parameter.repeats() ? "..." : "");
+    return parameter.required() ? repeated : "[" + repeated + "]";
 }
 
 std::string remarks(const Parameter& parameter) {
     std::string text = parameter.help;
     if (parameter.fallback != nullptr)
         text += std::string(" (default: ") + parameter.fallback + ")";
-    if (isRepeatable(parameter)) text += " (repeatable)";
+    if (parameter.repeats()) text += " (repeatable)";
     return text;
 }
 
@@ -73,10 +65,22 @@ Rows argumentRows(const Command& command) {
     return rows;
 }
 
+Rows exitCodeRows() {
+    Rows rows;
+    for (const auto& [code, meaning] : kExitCodes) rows.emplace_back(std::to_string(code), meaning);
+    return rows;
+}
+
+Rows environmentRows() {
+    return {{"DOV_SERVICE_DIR",
+             "the services' folder on a machine without a binder driver; without it, "
+             "tavro-services in XDG_RUNTIME_DIR, else tavro-services-UID in /tmp"}};
+}
+
 std::string usageOf(const Command& command) {
     std::string text = std::string("dovctl ") + command.name + " [OPTION]...";
     for (const Parameter& option : command.options) {
-        if (isRequired(option)) text += " " + usageOf(option, longForm(option));
+        if (option.required()) text += " " + usageOf(option, longForm(option));
     }
     for (const Parameter& positional : command.positionals) {
         text += " " + usageOf(positional, positional.name);
@@ -86,15 +90,14 @@ std::string usageOf(const Command& command) {
 
 std::string programHelp() {
     std::string text = "Usage: dovctl [OPTION]... COMMAND [ARGUMENT]...\n\n";
-    text += std::string("Asks the service ") + dovcommon::kServiceName + " for performance.\n";
+    text += std::string("Requests performance from the service ") + dovcommon::kServiceName + ".\n";
     Rows rows;
     for (const Command* command : commands()) rows.emplace_back(command->name, command->summary);
     text += section("Commands", rows);
     text += section("Options", optionRows(globalOptions()));
-    rows.clear();
-    for (const auto& [code, meaning] : kExitCodes) rows.emplace_back(std::to_string(code), meaning);
-    text += section("Exit codes", rows);
-    return text + "\n'dovctl COMMAND --help' tells more about a command.\n";
+    text += section("Exit codes", exitCodeRows());
+    text += section("Environment", environmentRows());
+    return text + "\n'dovctl COMMAND --help' describes a command.\n";
 }
 
 std::string commandHelp(const Command& command) {

@@ -1,4 +1,4 @@
-// The help texts, made from the tables of the commands.
+// The help texts, generated from the commands' tables.
 #pragma once
 
 #include <string>
@@ -11,14 +11,16 @@ namespace dovctl {
 
 inline constexpr char kVersion[] = "1.0.0";
 
-// Of the program: its commands, the options in front of them and the exit codes.
+// The program's help: its commands, options, exit codes and environment.
 std::string programHelp();
 std::string commandHelp(const Command& command);
 
-// What the texts are made of: how something is written, and what it is.
+// Pieces of the help, also for the manual page: what the user writes, and what it means.
 using Rows = std::vector<std::pair<std::string, std::string>>;
 std::string usageOf(const Command& command);
 Rows argumentRows(const Command& command);
 Rows optionRows(std::span<const Parameter> options);
+Rows exitCodeRows();
+Rows environmentRows();
 
 }  // namespace dovctl

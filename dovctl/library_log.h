@@ -1,5 +1,9 @@
-// Where the library's log lines go while a command runs.
+// The log of the library and of libbinder while a command runs.
 #pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "dovctl/console.h"
 
@@ -13,6 +17,13 @@ class LibraryLog {
     ~LibraryLog();
     LibraryLog(const LibraryLog&) = delete;
     LibraryLog& operator=(const LibraryLog&) = delete;
+
+    // The texts of what was logged at warning priority and above since the last forget(). The
+    // latest ones: a command may run for days.
+    std::vector<std::string> problems() const;
+    // Whether one of them contains `part`.
+    bool has(std::string_view part) const;
+    void forget();
 };
 
 }  // namespace dovctl

@@ -1,10 +1,11 @@
-// Results of queries: tables for people, JSON for programs.
+// Prints results: as tables, or as JSON for programs.
 #include "dovctl/output.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include <json/json.h>
+
+#include "dovctl/text.h"
 
 namespace dovctl {
 namespace {
@@ -32,7 +33,7 @@ std::string aligned(const std::vector<std::string>& texts, const std::vector<siz
     std::string line;
     for (size_t i = 0; i < texts.size(); ++i) {
         line += texts[i];
-        if (i + 1 < texts.size()) line += std::string(widths[i] - texts[i].size() + 2, ' ');
+        if (i + 1 < texts.size()) line += std::string(widths[i] - columnsOf(texts[i]) + 2, ' ');
     }
     while (line.ends_with(' ')) line.pop_back();
     return line;
@@ -41,7 +42,7 @@ std::string aligned(const std::vector<std::string>& texts, const std::vector<siz
 std::vector<std::string> textsOf(const std::vector<Cell>& row) {
     std::vector<std::string> texts;
     texts.reserve(row.size());
-    for (const Cell& cell : row) texts.push_back(textOf(cell));
+    for (const Cell& cell : row) texts.push_back(printable(textOf(cell)));
     return texts;
 }
 
@@ -62,7 +63,7 @@ std::vector<std::string> linesOf(const Table& table) {
     for (const auto& row : table.rows) rows.push_back(textsOf(row));
     std::vector<size_t> widths(table.columns.size());
     for (const auto& row : rows) {
-        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
+        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columnsOf(row[i]));
     }
     std::vector<std::string> lines;
     lines.reserve(rows.size());
@@ -84,7 +85,7 @@ void showLine(Console& console, const Arguments& arguments, const Table& table) 
         const std::vector<std::string> texts = textsOf(row);
         std::vector<size_t> widths;
         widths.reserve(texts.size());
-        for (const std::string& text : texts) widths.push_back(text.size());
+        for (const std::string& text : texts) widths.push_back(columnsOf(text));
         console.print(arguments.has(kJson.name) ? written(jsonOf(table, row))
                                                 : aligned(texts, widths));
     }
@@ -93,13 +94,8 @@ void showLine(Console& console, const Arguments& arguments, const Table& table) 
 std::string written(const Json::Value& json) {
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "";
+    writer["emitUTF8"] = true;
     return Json::writeString(writer, json);
-}
-
-std::string opcodeText(int32_t opcode) {
-    char text[12];
-    std::snprintf(text, sizeof(text), "0x%08x", static_cast<uint32_t>(opcode));
-    return text;
 }
 
 }  // namespace dovctl

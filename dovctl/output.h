@@ -1,4 +1,4 @@
-// Results of queries: tables for people, JSON for programs.
+// Prints results: as tables, or as JSON for programs.
 #pragma once
 
 #include <cstdint>
@@ -22,25 +22,22 @@ struct Table {
     std::vector<std::vector<Cell>> rows;  // each as long as `columns`
 };
 
-// Every query takes it.
+// An option of every query.
 inline constexpr Parameter kJson{.name = "json", .help = "print JSON"};
 
 // Prints a table: aligned columns under their names, or with --json an array of objects, one line.
 void show(Console& console, const Arguments& arguments, const Table& table);
 
-// The lines of a table for people: its columns' names and its rows, aligned.
+// The lines of a table: its columns' names and its rows, aligned and without control characters.
 std::vector<std::string> linesOf(const Table& table);
 
 // Prints a single value: on its own, or with --json as an object with one member.
 void show(Console& console, const Arguments& arguments, const std::string& name, const Cell& value);
 
-// Prints a row on a line of its own as it comes, in columns or with --json as an object.
+// Prints each row on a line of its own, without the columns' names, or with --json as an object.
 void showLine(Console& console, const Arguments& arguments, const Table& table);
 
-// A value as JSON, on one line.
+// A value as JSON, on one line, in UTF-8.
 std::string written(const Json::Value& json);
-
-// "0x01010010".
-std::string opcodeText(int32_t opcode);
 
 }  // namespace dovctl

@@ -1,4 +1,4 @@
-// What can be told about the service's process without asking it.
+// The service's process, as the service manager and the kernel describe it.
 #include "dovctl/process.h"
 
 #include <fstream>
@@ -25,7 +25,7 @@ Process serviceProcess(std::chrono::milliseconds patience) {
     Process process{.pid = within(patience, registeredPid).value_or(0)};
     if (process.pid == 0) return process;
     const std::string folder = "/proc/" + std::to_string(process.pid);
-    // Not comm: the binder library names threads, the first one too.
+    // Not comm: the binder library renames the main thread.
     std::ifstream commandLine(folder + "/cmdline");
     std::getline(commandLine, process.name, '\0');
     process.name.erase(0, process.name.rfind('/') + 1);

@@ -1,4 +1,4 @@
-// What can be told about the service's process without asking it.
+// The service's process, as the service manager and the kernel describe it.
 #pragma once
 
 #include <sys/types.h>
@@ -9,10 +9,10 @@
 namespace dovctl {
 
 struct Process {
-    pid_t pid = 0;  // 0: the service manager does not tell
+    pid_t pid = 0;  // 0: the service manager does not say
     std::string name;
     std::string state;  // the kernel's words: "sleeping", "stopped"
-    bool stopped = false;  // does nothing until it is continued
+    bool stopped = false;  // by a signal, until it is continued
 };
 
 // The process that has registered the service.

@@ -7,17 +7,17 @@
 
 namespace dovctl {
 
-// Has the terminal to itself as long as it lives.
+// Owns the terminal as long as it lives.
 class Screen {
   public:
     enum class Event { kTime, kQuit };
 
     virtual ~Screen() = default;
 
-    // Shows the lines from the top on, cut to the screen's size, in place of what was there.
+    // Replaces what is shown by the lines, cut to the screen's size.
     virtual void draw(const std::vector<std::string>& lines) = 0;
 
-    // Waits for `time`, less when everything has to be drawn again, or until the user quits.
+    // Waits for `time` or until the user quits. Returns early if the screen must be drawn again.
     virtual Event wait(std::chrono::milliseconds time) = 0;
 };
 

@@ -9,21 +9,24 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <string_view>
+
+#include "dovctl/text.h"
 
 namespace dovctl {
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGWINCH};
 
-// Signals may come on any thread, so they are passed on as bytes.
+// Signals arrive on any thread; each is passed on as a byte.
 std::array<int, 2> signalPipe = {-1, -1};
 
 void passOn(int signal) {
     const int error = errno;
     const char byte = static_cast<char>(signal);
-    // A full pipe holds more signals than anyone needs.
+    // A full pipe holds signals enough to end or to draw again.
     [[maybe_unused]] const ssize_t written = write(signalPipe[1], &byte, 1);
     errno = error;
 }
@@ -32,19 +35,9 @@ void writeAll(std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return;  // the terminal has gone; its signal ends the program
+        if (written <= 0) return;  // the terminal is closed; SIGHUP ends the program
         text.remove_prefix(static_cast<size_t>(written));
     }
-}
-
-// The bytes of the first `columns` characters.
-std::string_view cut(std::string_view line, size_t columns) {
-    size_t end = 0;
-    for (; end < line.size(); ++end) {
-        const bool starts = (static_cast<unsigned char>(line[end]) & 0xc0) != 0x80;
-        if (starts && columns-- == 0) break;
-    }
-    return line.substr(0, end);
 }
 
 class Terminal : public Screen {
@@ -108,14 +101,14 @@ class Terminal : public Screen {
 
   private:
     void enter() {
-        // Without a keyboard (its descriptor is then -1, which poll ignores) signals still end it.
+        // poll ignores the descriptor -1: without a keyboard, signals still end the program.
         mKeyboard = tcgetattr(STDIN_FILENO, &mLine) == 0 ? STDIN_FILENO : -1;
         if (mKeyboard >= 0) {
             termios line = mLine;
             line.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
             tcsetattr(mKeyboard, TCSADRAIN, &line);
         }
-        writeAll("\033[?1049h\033[?25l");  // the other screen, without a cursor
+        writeAll("\033[?1049h\033[?25l");  // the alternate screen, without a cursor
     }
 
     void leave() {
@@ -133,7 +126,7 @@ class Terminal : public Screen {
     }
 
     int mKeyboard = -1;
-    termios mLine = {};  // how the keyboard was before
+    termios mLine = {};  // the keyboard's settings before
     std::array<struct sigaction, std::size(kSignals)> mBefore = {};
 };
 

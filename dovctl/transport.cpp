@@ -1,4 +1,4 @@
-// By which way dovctl reaches services when nothing else is linked into it.
+// The transport of dovctl if no other is linked into it.
 #include "common/transport.h"
 
 namespace dovcommon {

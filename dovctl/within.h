@@ -1,5 +1,4 @@
-// Calls that may never return: over a driver a stopped service holds up every call, over sockets
-// even the look-up.
+// Calls that may never return: a stopped service blocks every call, over sockets even the look-up.
 #pragma once
 
 #include <chrono>
@@ -11,8 +10,8 @@
 
 namespace dovctl {
 
-// Runs `task` on a thread of its own. The thread may outlive whoever waits for the result, so the
-// task must own all that it uses.
+// Runs `task` on a thread of its own. The thread may outlive the caller, so the task must own
+// everything that it uses.
 template <typename Task>
 std::future<std::invoke_result_t<Task>> inBackground(Task task) {
     std::packaged_task<std::invoke_result_t<Task>()> packaged(std::move(task));
@@ -21,7 +20,7 @@ std::future<std::invoke_result_t<Task>> inBackground(Task task) {
     return result;
 }
 
-// The result of `task`, or nothing when it has none within `time`; then its thread is left behind.
+// The result of `task`, or nothing if it has none within `time`. Its thread then runs on.
 template <typename Task>
 std::optional<std::invoke_result_t<Task>> within(std::chrono::milliseconds time, Task task) {
     auto result = inBackground(std::move(task));

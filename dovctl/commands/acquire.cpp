@@ -1,9 +1,9 @@
-// dovctl acquire, res-acquire and platform-acquire: acquire, print the handle, hold if asked to.
+// dovctl acquire, res-acquire and platform-acquire: acquire, print the handle, and hold.
 #include <dov/DovWrapper.h>
 #include <dov/dov.h>
 
 #include "dovctl/commands/commands.h"
-#include "dovctl/commands/holding.h"
+#include "dovctl/commands/keeping.h"
 #include "dovctl/commands/parameters.h"
 
 namespace dovctl {
@@ -19,18 +19,18 @@ constexpr Parameter kIdentity{.name = "identity",
                               .placeholder = "TEXT",
                               .read = readText,
                               .fallback = "dovctl",
-                              .help = "free text that says who asks"};
+                              .help = "free text that names the caller"};
 
-std::vector<std::string> actionNames() {
-    return gActionList;
-}
-
-ExitCode acquireEvent(Session& session, const Arguments& arguments, const Command& command,
-                      const std::function<int32_t()>& acquire) {
-    return acquireAndHold(session, arguments, command, Waits::kNever, acquire, [](int32_t handle) {
-        DovRelease(handle);
-        return true;
-    });
+ExitCode acquireAndKeep(Session& session, const Arguments& arguments,
+                        const std::function<int32_t()>& acquire) {
+    return keep(session, arguments,
+                {.kind = Kept::kHold,
+                 .waits = Waits::kNever,
+                 .take = acquire,
+                 .giveBack = [](int32_t handle) {
+                     DovRelease(handle);
+                     return true;
+                 }});
 }
 
 ExitCode runAcquire(Session& session, const Arguments& arguments) {
@@ -39,11 +39,11 @@ ExitCode runAcquire(Session& session, const Arguments& arguments) {
     const auto identity = arguments.get<std::string>("identity");
     const auto duration = arguments.get<int32_t>("duration");
     const auto resources = arguments.all<Resource>("resource");
-    return acquireEvent(session, arguments, kAcquire, [&] {
+    return acquireAndKeep(session, arguments, [&] {
         if (arguments.has("one-way")) {
             return DovEventAcquireOneWay(event.id, package, identity, duration, resources);
         }
-        // The call by name has no place for resources.
+        // The call by name takes no resources.
         if (!event.action.empty() && resources.empty()) {
             return DovEventAcquireWrapper("VANTEL_" + event.action, package, identity, duration);
         }
@@ -52,7 +52,7 @@ ExitCode runAcquire(Session& session, const Arguments& arguments) {
 }
 
 ExitCode runResAcquire(Session& session, const Arguments& arguments) {
-    return acquireEvent(session, arguments, kResAcquire, [&] {
+    return acquireAndKeep(session, arguments, [&] {
         return DovResAcquire(arguments.all<Resource>("resource"), "",
                              arguments.get<std::string>("identity"),
                              arguments.get<int32_t>("duration"));
@@ -60,60 +60,52 @@ ExitCode runResAcquire(Session& session, const Arguments& arguments) {
 }
 
 ExitCode runPlatformAcquire(Session& session, const Arguments& arguments) {
-    return acquireEvent(session, arguments, kPlatformAcquire, [&] {
+    return acquireAndKeep(session, arguments, [&] {
         return DovPlatformResAcquire(
                 arguments.all<Resource>("resource"), "", arguments.get<std::string>("identity"),
                 arguments.get<std::string>("package"), arguments.get<int32_t>("duration"));
     });
 }
 
-constexpr Parameter kEvent[] = {
-        {.name = "EVENT",
-         .read = readEvent,
-         .count = Count::kOne,
-         .help = "the event's number, or an action's name ('dovctl actions' lists them)",
-         .choices = actionNames},
-};
-constexpr Parameter kAcquireOptions[] = {
-        {.name = "one-way", .help = "do not wait for the service's work"},
-        kPackage,
-        kIdentity,
-        kDuration,
-        resourceOption(Count::kAny),
-        kHold,
-};
-constexpr Parameter kResAcquireOptions[] = {
-        kIdentity,
-        kDuration,
-        resourceOption(Count::kMany),
-        kHold,
-};
-constexpr Parameter kPlatformAcquireOptions[] = {
-        kPackage, kIdentity, kDuration, resourceOption(Count::kMany), kHold,
-};
-
 }  // namespace
 
-constinit const Command kAcquire{
+const Command kAcquire{
         .name = "acquire",
         .summary = "Acquire what the service holds for an event, and print the handle",
-        .details = "With --one-way the handle is printed even when the request got lost.\n",
-        .positionals = kEvent,
-        .options = kAcquireOptions,
+        .details =
+                "With --one-way the handle is drawn here; the service does not answer, so a "
+                "refusal is not\nreported. A handle dies with the service that gave it. What "
+                "becomes of a hold whose client\ndies is the service's decision: the simulator "
+                "keeps it until it is released or its time\nruns out.\n",
+        .positionals = {{.name = "EVENT",
+                         .read = readEvent,
+                         .count = Count::kOne,
+                         .help = "an event's number, or an action's name from 'dovctl actions'",
+                         .choices = [] { return gActionList; }}},
+        .options = {{.name = "one-way", .help = "do not wait for the service to answer"},
+                    kPackage,
+                    kIdentity,
+                    kDuration,
+                    resourceOption(Count::kAny),
+                    kHold,
+                    kReconnect},
         .run = runAcquire,
 };
 
-constinit const Command kResAcquire{
+const Command kResAcquire{
         .name = "res-acquire",
         .summary = "Acquire a list of resources, and print the handle",
-        .options = kResAcquireOptions,
+        .details = kHoldDetails,
+        .options = {kIdentity, kDuration, resourceOption(Count::kMany), kHold, kReconnect},
         .run = runResAcquire,
 };
 
-constinit const Command kPlatformAcquire{
+const Command kPlatformAcquire{
         .name = "platform-acquire",
         .summary = "Acquire a platform request, and print the handle",
-        .options = kPlatformAcquireOptions,
+        .details = kHoldDetails,
+        .options = {kPackage, kIdentity, kDuration, resourceOption(Count::kMany), kHold,
+                    kReconnect},
         .run = runPlatformAcquire,
 };
 

@@ -1,4 +1,4 @@
-// Prints what the service calls back with.
+// Prints the changes that the service calls back with.
 #pragma once
 
 #include <chrono>
@@ -11,15 +11,16 @@
 #include <android-base/thread_annotations.h>
 #include <dov/ClientCallback.h>
 
+#include "dovctl/command.h"
 #include "dovctl/output.h"
 
 namespace dovctl {
 
-// One line for each resource, as it comes, from whatever thread.
+// One line for each resource, as it arrives, on any thread.
 class Changes : public IClientCallback, public IClientCallbackByPath {
   public:
-    Changes(Console& console, const Arguments& arguments)
-        : mConsole(console), mArguments(arguments) {}
+    Changes(Session& session, const Arguments& arguments)
+        : mSession(session), mArguments(arguments) {}
 
     void onCallback(std::list<DovClient::Resource> resources) override {
         Table table{.columns = {"opcode", "value"}, .rows = {}};
@@ -44,14 +45,15 @@ class Changes : public IClientCallback, public IClientCallbackByPath {
 
   private:
     void print(const Table& table) {
-        showLine(mConsole, mArguments, table);
+        showLine(mSession.console, mArguments, table);
+        if (!mSession.console.outputProblem().empty()) mSession.waiter.wake();
         std::lock_guard lock(mMutex);
         ++mCalls;
         mCalled.notify_all();
     }
 
-    Console& mConsole;
-    // A copy: the library keeps a callback that is never made for the life of the process.
+    Session& mSession;
+    // A copy: the library keeps the callback as long as the service has not called it.
     const Arguments mArguments;
     std::mutex mMutex;
     std::condition_variable mCalled;

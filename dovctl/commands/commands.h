@@ -2,7 +2,9 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "dovctl/command.h"
 
@@ -14,6 +16,7 @@ extern const Command kResAcquire;
 extern const Command kPlatformAcquire;
 extern const Command kRelease;
 extern const Command kActions;
+extern const Command kScenes;
 extern const Command kNotify;
 extern const Command kScene;
 extern const Command kRule;
@@ -27,12 +30,10 @@ extern const Command kFeature;
 extern const Command kRes;
 extern const Command kPath;
 extern const Command kSa;
-extern const Command kResRelease;
-extern const Command kResState;
-extern const Command kPathState;
 extern const Command kListen;
 extern const Command kThermal;
 extern const Command kDump;
+extern const Command kFault;
 extern const Command kRecord;
 extern const Command kProp;
 extern const Command kTop;
@@ -42,7 +43,9 @@ extern const Command kHelp;
 // In the order of the help text.
 std::span<const Command* const> commands();
 
-// Null if there is none of that name.
+std::vector<std::string> commandNames();
+
+// Null if there is no such command.
 const Command* findCommand(std::string_view name);
 
 }  // namespace dovctl

@@ -1,11 +1,14 @@
 // dovctl dump, record and prop: the service's diagnostics and properties.
-#include <algorithm>
-#include <memory>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
+
+#include <android/binder_manager.h>
 #include <dov/halclient.h>
 
+#include "common/service.h"
 #include "dovctl/commands/commands.h"
-#include "dovctl/commands/parameters.h"
 #include "dovctl/output.h"
 #include "dovctl/service.h"
 
@@ -14,7 +17,7 @@ namespace {
 
 struct Diagnostic {
     const char* name;
-    int (*call)();
+    int (*call)();  // null: dump() as dumpsys calls it
 };
 
 constexpr Diagnostic kDumps[] = {
@@ -27,6 +30,7 @@ constexpr Diagnostic kDumps[] = {
         {"pid-fds", mirxHalclient::mirxDumpPidFdList},
         {"monitors", mirxHalclient::mirxDumpPidfdMonitorMap},
         {"records", mirxHalclient::mirxDumpResRecordList},
+        {"service", nullptr},
 };
 constexpr Diagnostic kRecordings[] = {
         {"on", mirxHalclient::mirxHistoryRequestRecordOn},
@@ -39,109 +43,116 @@ std::vector<std::string> namesOf(std::span<const Diagnostic> table) {
     return names;
 }
 
-ExitCode runDiagnostic(Session& session, const Command& command, std::span<const Diagnostic> table,
-                       const std::string& name) {
-    const auto diagnostic = std::find_if(table.begin(), table.end(), [&](const Diagnostic& entry) {
-        return entry.name == name;
-    });
-    if (diagnostic == table.end()) {
-        std::string names;
-        for (const std::string& known : namesOf(table)) names.append(" ").append(known);
-        session.console.fail(std::string(command.name) + ": there is no '" + name + "', only" +
-                             names);
-        return kWrongUsage;
+// Puts into `text` what the service writes for dump(). Returns whether it could.
+bool dumpService(std::string& text) {
+    // A file and not a pipe: the service writes all of it before the call returns.
+    const ndk::ScopedFileDescriptor file(memfd_create("dump", MFD_CLOEXEC));
+    const ndk::SpAIBinder service(AServiceManager_checkService(dovcommon::kServiceName));
+    if (service.get() == nullptr || file.get() < 0 ||
+        AIBinder_dump(service.get(), file.get(), nullptr, 0) != STATUS_OK) {
+        return false;
     }
-    return callService(
-            session.console, command.name, [&] { return diagnostic->call() == 0; },
+    const off_t size = lseek(file.get(), 0, SEEK_END);
+    text.resize(static_cast<size_t>(std::max<off_t>(size, 0)));
+    return pread(file.get(), text.data(), text.size(), 0) == size;
+}
+
+// Makes the call of `table` with this name, which the command line has checked.
+ExitCode runDiagnostic(const Session& session, std::span<const Diagnostic> table,
+                       const std::string& name) {
+    const Diagnostic& diagnostic =
+            *std::find_if(table.begin(), table.end(),
+                          [&](const Diagnostic& entry) { return entry.name == name; });
+    const bool here = diagnostic.call == nullptr;
+    std::string text;
+    const ExitCode code = callService(
+            session, [&] { return here ? dumpService(text) : diagnostic.call() == 0; },
             Waits::kForService);
+    if (code == kDone && here) {
+        session.console.print(text.empty() ? "the service dumps nothing" : text);
+    }
+    return code;
 }
 
-ExitCode runDump(Session& session, const Arguments& arguments) {
-    return runDiagnostic(session, kDump, kDumps, arguments.get<std::string>("TABLE"));
-}
-
-ExitCode runRecord(Session& session, const Arguments& arguments) {
-    return runDiagnostic(session, kRecord, kRecordings, arguments.get<std::string>("STATE"));
+ExitCode getProperty(const Session& session, const Arguments& arguments, const std::string& key) {
+    std::string value;
+    const ExitCode code = readProperty(session, key, value);
+    if (code != kDone) return code;
+    if (value.size() > kLongestProperty) {
+        return session.fail(kBadAnswer, "the value of '" + key + "' has " +
+                                                std::to_string(value.size()) + " characters, " +
+                                                std::to_string(kLongestProperty) +
+                                                " are allowed: a program that asks the library "
+                                                "for it aborts");
+    }
+    show(session.console, arguments, key, value);
+    return kDone;
 }
 
 ExitCode runProp(Session& session, const Arguments& arguments) {
     const auto what = arguments.get<std::string>("get|set");
     const auto words = arguments.all<std::string>("KEY [VALUE]");
-    if (what == "get" && words.size() == 1) {
-        std::string value;
-        const ExitCode code = callService(
-                session.console, kProp.name,
-                [&] {
-                    const std::unique_ptr<char[]> text(mirxHalclient::mirxPropertyGet(words[0]));
-                    value = text.get();
-                    return true;
-                },
-                Waits::kForService);
-        if (code == kDone) show(session.console, arguments, words[0], value);
-        return code;
-    }
+    if (what == "get" && words.size() == 1) return getProperty(session, arguments, words[0]);
     if (what == "set" && words.size() == 2) {
         return callService(
-                session.console, kProp.name,
-                [&] { return mirxHalclient::mirxPropertySet(words[0], words[1]) != -1; },
+                session, [&] { return mirxHalclient::mirxPropertySet(words[0], words[1]) != -1; },
                 Waits::kForService);
     }
-    session.console.fail("prop: write 'get KEY' or 'set KEY VALUE'; try 'dovctl prop --help'");
-    return kWrongUsage;
+    return session.fail(kWrongUsage,
+                        "write 'get KEY' or 'set KEY VALUE'; try 'dovctl prop --help'");
 }
-
-constexpr Parameter kDumpPositionals[] = {
-        {.name = "TABLE",
-         .read = readText,
-         .count = Count::kOne,
-         .help = "which table",
-         .choices = [] { return namesOf(kDumps); }},
-};
-constexpr Parameter kRecordPositionals[] = {
-        {.name = "STATE",
-         .read = readText,
-         .count = Count::kOne,
-         .help = "on or off",
-         .choices = [] { return namesOf(kRecordings); }},
-};
-constexpr Parameter kPropPositionals[] = {
-        {.name = "get|set",
-         .read = readText,
-         .count = Count::kOne,
-         .help = "what to do",
-         .choices =
-                 [] {
-                     return std::vector<std::string>{"get", "set"};
-                 }},
-        {.name = "KEY [VALUE]", .read = readText, .count = Count::kMany, .help = "the property"},
-};
-constexpr Parameter kPropOptions[] = {kJson};
 
 }  // namespace
 
-constinit const Command kDump{
+const Command kDump{
         .name = "dump",
-        .summary = "Have the service write one of its tables to its own log",
+        .summary = "Make the service write one of its tables to its own log",
         .details =
                 "Tables: todo-queue, run-map, active-resources, requests, resources, scenes, "
                 "pid-fds,\n"
-                "monitors, records.\n",
-        .positionals = kDumpPositionals,
-        .run = runDump,
+                "monitors, records.\n"
+                "With 'service' it prints here what 'dumpsys' would show of the service.\n",
+        .positionals = {{.name = "TABLE",
+                         .read = readText,
+                         .count = Count::kOne,
+                         .help = "the table to write",
+                         .choices = [] { return namesOf(kDumps); }}},
+        .run =
+                [](Session& session, const Arguments& arguments) {
+                    return runDiagnostic(session, kDumps, arguments.get<std::string>("TABLE"));
+                },
 };
 
-constinit const Command kRecord{
+const Command kRecord{
         .name = "record",
         .summary = "Switch the recording of the request history on or off",
-        .positionals = kRecordPositionals,
-        .run = runRecord,
+        .positionals = {{.name = "STATE",
+                         .read = readText,
+                         .count = Count::kOne,
+                         .help = "on or off",
+                         .choices = [] { return namesOf(kRecordings); }}},
+        .run =
+                [](Session& session, const Arguments& arguments) {
+                    return runDiagnostic(session, kRecordings, arguments.get<std::string>("STATE"));
+                },
 };
 
-constinit const Command kProp{
+const Command kProp{
         .name = "prop",
         .summary = "Read or write a property of the service",
-        .positionals = kPropPositionals,
-        .options = kPropOptions,
+        .positionals = {{.name = "get|set",
+                         .read = readText,
+                         .count = Count::kOne,
+                         .help = "what to do",
+                         .choices =
+                                 [] {
+                                     return std::vector<std::string>{"get", "set"};
+                                 }},
+                        {.name = "KEY [VALUE]",
+                         .read = readText,
+                         .count = Count::kMany,
+                         .help = "the property"}},
+        .options = {kJson},
         .run = runProp,
 };
 

@@ -1,4 +1,4 @@
-// dovctl doctor: why does nothing happen?
+// dovctl doctor: diagnoses why nothing happens.
 #include "dovctl/doctor.h"
 
 #include <algorithm>
@@ -10,14 +10,7 @@
 namespace dovctl {
 namespace {
 
-const char* textOf(Finding::State state) {
-    switch (state) {
-        case Finding::kOk: return "ok";
-        case Finding::kFailed: return "failed";
-        case Finding::kNotTried: return "not tried";
-    }
-    return "";
-}
+constexpr const char* kStates[] = {"ok", "failed", "not tried"};  // by Finding::State
 
 std::string padded(std::string text, size_t width) {
     text.resize(std::max(text.size(), width), ' ');
@@ -25,7 +18,7 @@ std::string padded(std::string text, size_t width) {
 }
 
 void print(Console& console, const Step& step, const Finding& finding) {
-    const std::string line = padded(textOf(finding.state), 11) +
+    const std::string line = padded(kStates[finding.state], 11) +
                              (finding.what.empty() ? step.name : padded(step.name, 17)) +
                              finding.what;
     const std::string advice = "           what to do: " + finding.advice;
@@ -34,7 +27,8 @@ void print(Console& console, const Step& step, const Finding& finding) {
 
 ExitCode runDoctor(Session& session, const Arguments& arguments) {
     Patient patient{.transport = session.transport,
-                    .patience = std::chrono::milliseconds(arguments.get<int32_t>("timeout"))};
+                    .patience = std::chrono::milliseconds(arguments.get<int32_t>("timeout")),
+                    .log = session.log};
     const bool json = arguments.has(kJson.name);
     Table table{.columns = {"step", "state", "finding", "advice"}, .rows = {}};
     ExitCode code = kDone;
@@ -42,8 +36,8 @@ ExitCode runDoctor(Session& session, const Arguments& arguments) {
         const Finding finding =
                 code == kDone ? step.examine(patient) : Finding{Finding::kNotTried, "", ""};
         if (finding.state == Finding::kFailed) code = step.failure;
-        table.rows.push_back({step.name, textOf(finding.state), finding.what, finding.advice});
-        // Each as it comes: a time-out takes its time.
+        table.rows.push_back({step.name, kStates[finding.state], finding.what, finding.advice});
+        // Printed at once: a later step may have to time out.
         if (!json) print(session.console, step, finding);
     }
     if (json) {
@@ -54,21 +48,15 @@ ExitCode runDoctor(Session& session, const Arguments& arguments) {
     return code;
 }
 
-constexpr Parameter kOptions[] = {
-        timeOption("timeout", "2000", "how long to wait for each answer"),
-        kJson,
-};
-
 }  // namespace
 
-constinit const Command kDoctor{
+const Command kDoctor{
         .name = "doctor",
         .summary = "Find out why nothing happens, step by step",
         .details =
-                "Ends with 0 when all is well, with 3 when the service cannot be reached, and with "
-                "1\nwhen it is there but not as it should be. Holds nothing but an empty request, "
-                "for a\nmoment.\n",
-        .options = kOptions,
+                "Ends with 0 if all is well, with 3 if the service cannot be reached, and with 1 "
+                "if it\nmisbehaves. Acquires a request without resources, for a moment.\n",
+        .options = {timeOption("timeout", "2000", "how long to wait for each answer"), kJson},
         .run = runDoctor,
         .offline = true,
 };

@@ -4,42 +4,20 @@
 #include "dovctl/commands/commands.h"
 
 namespace dovctl {
-namespace {
 
-ExitCode runHelp(Session& session, const Arguments& arguments) {
-    if (!arguments.has("COMMAND")) {
-        session.console.print(programHelp());
-        return kDone;
-    }
-    const auto name = arguments.get<std::string>("COMMAND");
-    const Command* command = findCommand(name);
-    if (command == nullptr) {
-        session.console.fail("help: unknown command '" + name + "'; try 'dovctl --help'");
-        return kWrongUsage;
-    }
-    session.console.print(commandHelp(*command));
+static ExitCode runHelp(Session& session, const Arguments& arguments) {
+    const Command* command = findCommand(arguments.get<std::string>("COMMAND"));
+    session.console.print(command == nullptr ? programHelp() : commandHelp(*command));
     return kDone;
 }
 
-std::vector<std::string> commandNames() {
-    std::vector<std::string> names;
-    for (const Command* command : commands()) names.emplace_back(command->name);
-    return names;
-}
-
-constexpr Parameter kPositionals[] = {
-        {.name = "COMMAND",
-         .read = readText,
-         .help = "the command to explain",
-         .choices = commandNames},
-};
-
-}  // namespace
-
-constinit const Command kHelp{
+const Command kHelp{
         .name = "help",
-        .summary = "Print this text, or that of a command",
-        .positionals = kPositionals,
+        .summary = "Print this help, or the help of a command",
+        .positionals = {{.name = "COMMAND",
+                         .read = readText,
+                         .help = "the command to describe",
+                         .choices = commandNames}},
         .run = runHelp,
         .offline = true,
 };

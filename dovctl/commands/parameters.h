@@ -1,4 +1,4 @@
-// Parameters that several commands take.
+// Parameters of several commands.
 #pragma once
 
 #include "dovctl/arguments.h"
@@ -13,7 +13,7 @@ constexpr Parameter resourceOption(Count count) {
             .help = "a resource to set; 'OPCODE=' sends an empty value"};
 }
 
-// A number that must be given.
+// A required number.
 constexpr Parameter number(const char* name, const char* help) {
     return {.name = name, .read = readInt32, .count = Count::kOne, .help = help};
 }
@@ -27,7 +27,7 @@ constexpr Parameter numberOption(const char* name, const char* fallback, const c
             .help = help};
 }
 
-// A time to wait, which is never none.
+// A time to wait, from 1 ms on.
 constexpr Parameter timeOption(const char* name, const char* fallback, const char* help) {
     return {.name = name,
             .placeholder = "MILLISECONDS",
@@ -36,8 +36,12 @@ constexpr Parameter timeOption(const char* name, const char* fallback, const cha
             .help = help};
 }
 
-inline constexpr Parameter kDuration =
-        numberOption("duration", "0", "how long, in the service's unit; 0 or less: until released");
-inline constexpr Parameter kHold{.name = "hold", .help = "keep running, and release on Ctrl-C"};
+inline constexpr Parameter kDuration = numberOption(
+        "duration", "0",
+        "how long to hold, in the service's unit (the simulator's: milliseconds); 0 or less: until "
+        "released");
+inline constexpr Parameter kHold{.name = "hold", .help = "keep running; release on Ctrl-C"};
+inline constexpr Parameter kReconnect{.name = "reconnect",
+                                      .help = "when the service dies, wait for it and start again"};
 
 }  // namespace dovctl

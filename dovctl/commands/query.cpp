@@ -1,6 +1,11 @@
-// dovctl state, history, power, pm-status, dataset and feature: what the event interface can ask.
-#include <exception>
+// dovctl history, power, pm-status, dataset and feature: the queries of the event interface.
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
 
+#include <android-base/strings.h>
 #include <dov/dov.h>
 
 #include "dovctl/commands/commands.h"
@@ -13,16 +18,48 @@ namespace {
 
 using DovClient::Resource;
 
-// Asks, and says so when the answer makes no sense: the library lets the conversion's exception
-// out.
-ExitCode ask(Session& session, const Command& command, const std::function<bool()>& query) {
-    try {
-        return callService(session.console, command.name, query);
-    } catch (const std::exception& error) {
-        session.console.fail(std::string(command.name) +
-                             ": the service's answer makes no sense: " + error.what());
-        return kRefused;
-    }
+// Captures the library's standard output while it exists: DovGetPMStatus reports an answer that is
+// no number nowhere else.
+class CaughtOutput {
+  public:
+    CaughtOutput() : mBefore(std::cout.rdbuf(mText.rdbuf())) {}
+    ~CaughtOutput() { std::cout.rdbuf(mBefore); }
+    CaughtOutput(const CaughtOutput&) = delete;
+    CaughtOutput& operator=(const CaughtOutput&) = delete;
+
+    bool has(const char* part) const { return mText.str().find(part) != std::string::npos; }
+
+  private:
+    std::ostringstream mText;
+    std::streambuf* const mBefore;
+};
+
+constexpr char kNoNumber[] = "the service's answer is no number";
+constexpr char kNoInt32[] = "the service's answer does not fit into 32 bits";
+
+// Makes the query, and reports an answer that the library cannot read.
+ExitCode ask(const Session& session, const std::function<bool()>& query, const Failure& refusal) {
+    const char* problem = nullptr;
+    const ExitCode code = callService(
+            session,
+            [&] {
+                const CaughtOutput output;
+                try {
+                    const bool answered = query();
+                    if (output.has("Invalid argument")) problem = kNoNumber;
+                    if (output.has("Out of range")) problem = kNoInt32;
+                    return answered || problem != nullptr;
+                } catch (const std::bad_optional_access&) {
+                    problem = "the service's answer has no value";
+                } catch (const std::out_of_range&) {
+                    problem = kNoInt32;
+                } catch (const std::invalid_argument&) {
+                    problem = kNoNumber;
+                }
+                return true;
+            },
+            Waits::kNever, refusal);
+    return code != kDone || problem == nullptr ? code : session.fail(kBadAnswer, problem);
 }
 
 Table tableOf(const std::vector<Resource>& resources) {
@@ -33,37 +70,19 @@ Table tableOf(const std::vector<Resource>& resources) {
     return table;
 }
 
-ExitCode runState(Session& session, const Arguments& arguments) {
-    auto resources = arguments.all<Resource>("OPCODE");
-    const ExitCode code = ask(session, kState, [&] {
-        const size_t asked = resources.size();
-        const int32_t answered = DovMutiResStateRequest(resources);
-        if (answered >= 0 && static_cast<size_t>(answered) < asked) {
-            std::erase_if(resources, [](const Resource& resource) { return !resource.value; });
-            session.console.say(std::to_string(asked - resources.size()) +
-                                " of the resources have no value");
-        }
-        return answered >= 0;
-    });
-    if (code == kDone) show(session.console, arguments, tableOf(resources));
-    return code;
-}
-
 ExitCode runHistory(Session& session, const Arguments& arguments) {
     std::string history;
-    const ExitCode code = ask(session, kHistory, [&] { return DovGetHistory(history) == 0; });
+    const ExitCode code = ask(session, [&] { return DovGetHistory(history) == 0; },
+                              {kNothing, "the service has recorded no request"});
+    if (code == kNothing && arguments.has(kJson.name)) show(session.console, arguments, Table{});
     if (code != kDone) return code;
     // "start:entry;entry;end"
-    constexpr std::string_view kStart = "start:";
-    constexpr std::string_view kEnd = ";end";
     std::string_view rest = history;
-    if (rest.starts_with(kStart)) rest.remove_prefix(kStart.size());
-    if (rest.ends_with(kEnd)) rest.remove_suffix(kEnd.size());
+    android::base::ConsumePrefix(&rest, "start:");
+    android::base::ConsumeSuffix(&rest, ";end");
     Table table{.columns = {"request"}, .rows = {}};
-    for (size_t from = 0; from <= rest.size();) {
-        const size_t to = std::min(rest.find(';', from), rest.size());
-        table.rows.push_back({std::string(rest.substr(from, to - from))});
-        from = to + 1;
+    for (const std::string& request : android::base::Split(std::string(rest), ";")) {
+        table.rows.push_back({request});
     }
     show(session.console, arguments, table);
     return kDone;
@@ -71,81 +90,77 @@ ExitCode runHistory(Session& session, const Arguments& arguments) {
 
 ExitCode runDataset(Session& session, const Arguments& arguments) {
     std::vector<Resource> dataset;
-    const ExitCode code = ask(session, kDataset, [&] { return Dov_fetch_dataset(dataset) >= 0; });
+    const ExitCode code = ask(session, [&] { return Dov_fetch_dataset(dataset) >= 0; },
+                              {kNothing, "the service's data set is empty"});
     if (code == kDone) show(session.console, arguments, tableOf(dataset));
     return code;
 }
 
-// A query that answers one number, of which -1 means that it failed.
-ExitCode askNumber(Session& session, const Arguments& arguments, const Command& command,
-                   const std::string& name, const std::function<int32_t()>& query) {
+// A query that is answered with one number. The library returns -1 for no answer too.
+ExitCode askNumber(const Session& session, const Arguments& arguments, const std::string& name,
+                   const std::function<int32_t()>& query) {
     int32_t number = -1;
-    const ExitCode code = ask(session, command, [&] {
-        number = query();
-        return number != -1;
-    });
+    const ExitCode code = ask(session,
+                              [&] {
+                                  number = query();
+                                  return number != -1;
+                              },
+                              {kNothing, "the service has no answer, or answered -1"});
     if (code == kDone) show(session.console, arguments, name, int64_t{number});
     return code;
 }
 
-ExitCode runPower(Session& session, const Arguments& arguments) {
-    return askNumber(session, arguments, kPower, "power", DovGetPowerConsis);
-}
-
-ExitCode runPmStatus(Session& session, const Arguments& arguments) {
-    return askNumber(session, arguments, kPmStatus, "status",
-                     [&] { return DovGetPMStatus(arguments.get<int32_t>("MODE")); });
-}
-
-ExitCode runFeature(Session& session, const Arguments& arguments) {
-    return askNumber(session, arguments, kFeature, "status",
-                     [&] { return DovGetFeatureStatus(arguments.get<int32_t>("FEATURE")); });
-}
-
-constexpr Parameter kJsonOption[] = {kJson};
-constexpr Parameter kStatePositionals[] = {
-        {.name = "OPCODE", .read = readResource, .count = Count::kMany, .help = "which resources"},
-};
-constexpr Parameter kModePositionals[] = {
-        number("MODE", "which power mode"),
-};
-constexpr Parameter kFeaturePositionals[] = {
-        number("FEATURE", "which feature"),
-};
-
 }  // namespace
 
-constinit const Command kState{.name = "state",
-                               .summary = "Print the values of resources",
-                               .positionals = kStatePositionals,
-                               .options = kJsonOption,
-                               .run = runState};
+const Command kHistory{
+        .name = "history",
+        .summary = "Print the requests that the service has recorded",
+        .options = {kJson},
+        .run = runHistory,
+};
 
-constinit const Command kHistory{.name = "history",
-                                 .summary = "Print the requests that the service has recorded",
-                                 .options = kJsonOption,
-                                 .run = runHistory};
+const Command kPower{
+        .name = "power",
+        .summary =
+                "Print the power consumption, in the service's unit (the simulator's: milliwatts)",
+        .options = {kJson},
+        .run =
+                [](Session& session, const Arguments& arguments) {
+                    return askNumber(session, arguments, "power", DovGetPowerConsis);
+                },
+};
 
-constinit const Command kPower{.name = "power",
-                               .summary = "Print the power consumption",
-                               .options = kJsonOption,
-                               .run = runPower};
+const Command kPmStatus{
+        .name = "pm-status",
+        .summary = "Print the status of a power mode",
+        .positionals = {number("MODE", "a power mode; its meaning is the service's")},
+        .options = {kJson},
+        .run =
+                [](Session& session, const Arguments& arguments) {
+                    return askNumber(session, arguments, "status", [&] {
+                        return DovGetPMStatus(arguments.get<int32_t>("MODE"));
+                    });
+                },
+};
 
-constinit const Command kPmStatus{.name = "pm-status",
-                                  .summary = "Print the status of a power mode",
-                                  .positionals = kModePositionals,
-                                  .options = kJsonOption,
-                                  .run = runPmStatus};
+const Command kDataset{
+        .name = "dataset",
+        .summary = "Print the service's data set",
+        .options = {kJson},
+        .run = runDataset,
+};
 
-constinit const Command kDataset{.name = "dataset",
-                                 .summary = "Print the service's data set",
-                                 .options = kJsonOption,
-                                 .run = runDataset};
-
-constinit const Command kFeature{.name = "feature",
-                                 .summary = "Print the status of a feature",
-                                 .positionals = kFeaturePositionals,
-                                 .options = kJsonOption,
-                                 .run = runFeature};
+const Command kFeature{
+        .name = "feature",
+        .summary = "Print the status of a feature",
+        .positionals = {number("FEATURE", "a feature; its meaning is the service's")},
+        .options = {kJson},
+        .run =
+                [](Session& session, const Arguments& arguments) {
+                    return askNumber(session, arguments, "status", [&] {
+                        return DovGetFeatureStatus(arguments.get<int32_t>("FEATURE"));
+                    });
+                },
+};
 
 }  // namespace dovctl

@@ -1,5 +1,6 @@
-// dovctl release: give back what earlier commands acquired.
+// dovctl release: release what earlier commands acquired.
 #include <dov/dov.h>
+#include <dov/halclient.h>
 
 #include "dovctl/commands/commands.h"
 #include "dovctl/service.h"
@@ -7,29 +8,49 @@
 namespace dovctl {
 namespace {
 
-ExitCode runRelease(Session& session, const Arguments& arguments) {
-    for (const int32_t handle : arguments.all<int32_t>("HANDLE")) {
-        // The service does not tell what became of a release.
-        const ExitCode code = callService(session.console, kRelease.name, [&] {
-            DovRelease(handle);
-            return true;
-        });
-        if (code != kDone) return code;
+// Returns whether the handle still held anything, as far as the service tells.
+bool release(const Arguments& arguments, int32_t handle) {
+    if (arguments.has("event")) {
+        DovRelease(handle);
+        return true;
     }
-    return kDone;
+    const bool scene = arguments.has("scene");
+    return (scene ? mirxHalclient::mirxSACtlRelease(handle)
+                  : mirxHalclient::mirxResCtlRelease(handle)) != -1;
 }
 
-constexpr Parameter kPositionals[] = {
-        {.name = "HANDLE", .read = readInt32, .count = Count::kMany, .help = "what to give back"},
-};
+ExitCode runRelease(Session& session, const Arguments& arguments) {
+    ExitCode result = kDone;
+    for (const int32_t handle : arguments.all<int32_t>("HANDLE")) {
+        const ExitCode code = callService(
+                session, [&] { return release(arguments, handle); },
+                arguments.has("event") ? Waits::kNever : Waits::kForService,
+                {kNothing, "handle " + std::to_string(handle) +
+                                   " holds nothing: its time ran out, it was released before, or "
+                                   "an earlier service gave it"});
+        if (code != kDone) result = code;
+        if (code == kNoService) break;
+    }
+    return result;
+}
 
 }  // namespace
 
-constinit const Command kRelease{
+const Command kRelease{
         .name = "release",
-        .summary = "Give back what a handle acquired",
-        .details = "The service ignores handles that it does not know; nothing is reported.\n",
-        .positionals = kPositionals,
+        .summary = "Release what a handle acquired",
+        .details =
+                "A handle of any command that acquires. Ends with exit code 4 if a handle holds "
+                "nothing.\n",
+        .positionals = {{.name = "HANDLE",
+                         .read = readInt32,
+                         .count = Count::kMany,
+                         .help = "what to release"}},
+        .options = {{.name = "event",
+                     .help = "release through the event interface, which does not report the "
+                             "answer"},
+                    {.name = "scene",
+                     .help = "release as a scene request, through mirxSACtlRelease"}},
         .run = runRelease,
 };
 

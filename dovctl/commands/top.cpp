@@ -1,14 +1,17 @@
-// dovctl top: what is held and which values show, live.
+// dovctl top: what is held and the resulting values, live.
 #include <sstream>
 
-#include <android/binder_manager.h>
+#include <android-base/stringprintf.h>
 #include <json/json.h>
 
 #include "common/service.h"
 #include "dovctl/commands/commands.h"
 #include "dovctl/commands/parameters.h"
 #include "dovctl/output.h"
+#include "dovctl/process.h"
+#include "dovctl/service.h"
 #include "dovctl/within.h"
+#include "simulator/holds_query.h"
 
 namespace dovctl {
 namespace {
@@ -19,139 +22,121 @@ using dovcommon::MirxRequestData;
 using dovcommon::MirxRequestParcel;
 using std::chrono::milliseconds;
 
-// What the service tells at one moment.
+// The service at one moment.
 struct State {
-    std::string problem = "no answer yet";  // empty: there is an answer
-    Json::Value json;  // as for the holds query; without "holds" when the service does not tell
+    Failure failure{kNoService, "no answer yet"};  // kDone: there is an answer
+    Json::Value json;  // as for the holds query; without "holds" if the service does not tell
 };
 
-// Of what has no such member, null; the text comes from outside.
-Json::Value memberOf(const Json::Value& object, const char* member) {
+// The member of `object`, which comes from outside; null if it has none.
+Json::Value memberOf(const Json::Value& object, const std::string& member) {
     return object.isObject() ? object[member] : Json::Value();
 }
 
-// Asks the service, which may take for ever.
-class Source {
-  public:
-    State ask() {
-        const ndk::SpAIBinder binder(AServiceManager_checkService(kServiceName));
-        const auto mirx = IMirx::fromBinder(binder);
-        if (mirx == nullptr) {
-            mTellsHolds = true;  // the next one may
-            return {.problem = AServiceManager_isDeclared(kServiceName)
-                                       ? "is declared but not running"
-                                       : "is not declared",
-                    .json = {}};
-        }
-        State state{.problem = {}, .json = {}};
-        if (mTellsHolds) {
-            const auto answer = query(*mirx, dovcommon::kHoldsQuery, state);
-            const std::string text =
-                    answer.empty() ? std::string() : answer.front().value.value_or("");
-            std::istringstream stream(text);
-            if (Json::parseFromStream(Json::CharReaderBuilder(), stream, &state.json, nullptr) &&
-                memberOf(state.json, "holds").isArray()) {
-                return state;
-            }
-            mTellsHolds = !state.problem.empty();
-        }
-        state.json = Json::objectValue;
-        state.json["resources"] = Json::arrayValue;
-        for (const MirxRequestData& data : query(*mirx, dovcommon::kDatasetFetch, state)) {
-            Json::Value& resource = state.json["resources"].append(Json::objectValue);
-            resource["resource"] = opcodeText(data.id);
-            resource["value"] = data.value.value_or("");
-        }
+// Asks the service, which may never answer.
+State ask(const dovcommon::Transport& transport) {
+    const ServiceNow before;
+    const auto mirx = IMirx::fromBinder(before.binder);
+    const pid_t pid = mirx == nullptr ? 0 : serviceProcess(kPatience).pid;
+    const auto failed = [&](const ndk::ScopedAStatus& status) {
+        // The status of libbinder's sockets for an answer that is too large.
+        const bool tooLarge = transport.sockets && status.getStatus() == STATUS_NO_MEMORY;
+        return State{.failure = whyFailed(transport, before, pid, tooLarge), .json = {}};
+    };
+    if (mirx == nullptr) return failed(ndk::ScopedAStatus::ok());
+    State state{.failure = {kDone, ""}, .json = {}};
+    MirxRequestParcel parcel;
+    std::vector<MirxRequestData> answer;
+    parcel.requestType = mirx::kHoldsQuery;
+    const auto status = mirx->stateRequest(parcel, &answer);
+    if (status.getExceptionCode() == EX_TRANSACTION_FAILED) return failed(status);
+    std::istringstream text(answer.empty() ? "" : answer.front().value.value_or(""));
+    if (Json::parseFromStream(Json::CharReaderBuilder(), text, &state.json, nullptr) &&
+        memberOf(state.json, "holds").isArray()) {
         return state;
     }
-
-  private:
-    static std::vector<MirxRequestData> query(IMirx& mirx, int32_t kind, State& state) {
-        MirxRequestParcel parcel;
-        parcel.requestType = kind;
-        std::vector<MirxRequestData> answer;
-        const ndk::ScopedAStatus status = mirx.stateRequest(parcel, &answer);
-        if (!status.isOk()) state.problem = "does not answer: " + status.getDescription();
-        return answer;
+    // Only the simulator knows the holds query.
+    parcel.requestType = mirx::kDatasetFetch;
+    answer.clear();
+    if (const auto fetched = mirx->stateRequest(parcel, &answer); !fetched.isOk()) {
+        return failed(fetched);
     }
+    state.json = Json::objectValue;
+    state.json["resources"] = Json::arrayValue;
+    for (const MirxRequestData& data : answer) {
+        Json::Value& resource = state.json["resources"].append(Json::objectValue);
+        resource["resource"] = opcodeText(data.id);
+        resource["value"] = data.value.value_or("");
+    }
+    return state;
+}
 
-    bool mTellsHolds = true;
+// A column's name and the member that it shows; members in "_ms" are shown in seconds.
+using Column = std::pair<const char*, std::string>;
+
+const std::vector<Column> kHoldColumns = {
+        {"holder", "holder"},     {"for", "for"},
+        {"identity", "identity"}, {"package", "package"},
+        {"pid", "pid"},           {"held", "held_ms"},
+        {"left", "left_ms"},      {"resources", "resources"},
+};
+const std::vector<Column> kResourceColumns = {
+        {"resource", "resource"}, {"name", "name"},  {"value", "value"},
+        {"idle", "idle"},         {"held by", "by"},
 };
 
-// A member as text. What others have written must not command the terminal.
-std::string textOf(const Json::Value& object, const char* member) {
-    const Json::Value value = memberOf(object, member);
+std::string textOf(const Json::Value& value, bool milliseconds) {
     if (value.isNull()) return "-";
-    std::string text = value.isConvertibleTo(Json::stringValue) ? value.asString() : "?";
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+    if (milliseconds) {
+        if (!value.isInt64()) return "-";
+        return android::base::StringPrintf("%.1f s", static_cast<double>(value.asInt64()) / 1000);
     }
-    return text;
+    return value.isConvertibleTo(Json::stringValue) ? value.asString() : "?";
 }
 
-std::string secondsOf(const Json::Value& object, const char* member) {
-    const Json::Value value = memberOf(object, member);
-    if (!value.isInt64()) return "-";
-    std::ostringstream text;
-    text.precision(1);
-    text << std::fixed << static_cast<double>(value.asInt64()) / 1000 << " s";
-    return text.str();
-}
-
-Table holdsTable(const Json::Value& holds) {
-    Table table{
-            .columns = {"holder", "for", "identity", "package", "pid", "held", "left", "resources"},
-            .rows = {}};
-    for (const Json::Value& hold : holds) {
-        table.rows.push_back({textOf(hold, "holder"), textOf(hold, "for"), textOf(hold, "identity"),
-                              textOf(hold, "package"), textOf(hold, "pid"),
-                              secondsOf(hold, "held_ms"), secondsOf(hold, "left_ms"),
-                              textOf(hold, "resources")});
-    }
-    return table;
-}
-
-Table resourcesTable(const Json::Value& resources, bool all) {
-    Table table{.columns = {"resource", "name", "value", "idle", "held by"}, .rows = {}};
-    for (const Json::Value& resource : resources) {
-        if (!all && memberOf(resource, "by").isNull()) continue;
-        table.rows.push_back({textOf(resource, "resource"), textOf(resource, "name"),
-                              textOf(resource, "value"), textOf(resource, "idle"),
-                              textOf(resource, "by")});
+Table tableOf(const Json::Value& objects, const std::vector<Column>& columns) {
+    Table table;
+    for (const auto& [name, member] : columns) table.columns.emplace_back(name);
+    for (const Json::Value& object : objects) {
+        std::vector<Cell>& row = table.rows.emplace_back();
+        for (const auto& [name, member] : columns) {
+            row.emplace_back(textOf(memberOf(object, member), member.ends_with("_ms")));
+        }
     }
     return table;
 }
 
 std::vector<std::string> linesOf(const State& state, bool all) {
-    if (!state.problem.empty()) return {state.problem};
+    if (state.failure.code != kDone) return {state.failure.why};
     std::vector<std::string> lines;
     const auto add = [&](const Table& table) {
         for (std::string& line : dovctl::linesOf(table)) lines.push_back(std::move(line));
     };
     const Json::Value& holds = state.json["holds"];
     if (holds.isNull()) {
-        lines.emplace_back("the service does not tell what is held; these are its values:");
+        lines.emplace_back("the service does not tell what is held; its values:");
         all = true;
     } else if (holds.empty()) {
         lines.emplace_back("nothing is held");
     } else {
-        add(holdsTable(holds));
+        add(tableOf(holds, kHoldColumns));
     }
-    const Table resources = resourcesTable(state.json["resources"], all);
-    if (resources.rows.empty()) return lines;
+    Json::Value shown(Json::arrayValue);
+    for (const Json::Value& resource : state.json["resources"]) {
+        if (all || !memberOf(resource, "by").isNull()) shown.append(resource);
+    }
+    if (shown.empty()) return lines;
     lines.emplace_back();
-    add(resources);
+    add(tableOf(shown, kResourceColumns));
     return lines;
 }
 
 ExitCode printOnce(Session& session, const Arguments& arguments) {
-    constexpr milliseconds kPatience{2000};
-    auto state = within(kPatience, [] { return Source().ask(); });
-    if (!state) state = State{.problem = "does not answer", .json = {}};
-    if (!state->problem.empty()) {
-        session.console.fail(std::string("top: service ") + kServiceName + " " + state->problem);
-        return kNoService;
-    }
+    const auto state =
+            within(kPatience, [transport = session.transport] { return ask(transport); });
+    if (!state) return session.fail(kNoService, "the service does not answer");
+    const auto& [code, why] = state->failure;
+    if (code != kDone) return session.fail(code, why);
     if (arguments.has(kJson.name)) {
         session.console.print(written(state->json));
         return kDone;
@@ -167,19 +152,19 @@ ExitCode runTop(Session& session, const Arguments& arguments) {
     if (screen == nullptr) return printOnce(session, arguments);
 
     const milliseconds interval(arguments.get<int32_t>("interval"));
-    const auto source = std::make_shared<Source>();
     State state;
     std::future<State> pending;
     do {
-        if (!pending.valid()) pending = inBackground([source] { return source->ask(); });
+        if (!pending.valid())
+            pending = inBackground([transport = session.transport] { return ask(transport); });
         // A service that hangs must not keep the user from quitting.
-        constexpr milliseconds kPatience{300};
-        const bool answered = pending.wait_for(kPatience) == std::future_status::ready;
+        constexpr milliseconds kBeforeDrawing{300};
+        const bool answered = pending.wait_for(kBeforeDrawing) == std::future_status::ready;
         if (answered) state = pending.get();
-        std::vector<std::string> lines = {std::string(kServiceName) +
-                                                  (answered ? "" : " does not answer; before:") +
-                                                  "   (q quits)",
-                                          ""};
+        std::vector<std::string> lines = {
+                std::string(kServiceName) + (answered ? "" : " does not answer; its last answer:") +
+                        "   (q quits)",
+                ""};
         for (std::string& line : linesOf(state, arguments.has("all"))) {
             lines.push_back(std::move(line));
         }
@@ -188,22 +173,17 @@ ExitCode runTop(Session& session, const Arguments& arguments) {
     return kDone;
 }
 
-constexpr Parameter kOptions[] = {
-        timeOption("interval", "1000", "how long to wait before it is drawn again"),
-        {.name = "all", .help = "show also the resources that nobody holds"},
-        kJson,
-};
-
 }  // namespace
 
-constinit const Command kTop{
+const Command kTop{
         .name = "top",
-        .summary = "Show what is held and which values show, live",
+        .summary = "Show what is held and the resulting values, live",
         .details =
-                "q quits. Prints once, and no more, with --json or when its output is no "
-                "terminal.\n"
-                "The simulator tells what is held; of another service only the values are shown.\n",
-        .options = kOptions,
+                "q quits. Prints once with --json or if the output is no terminal. Only the "
+                "simulator tells\nwhat is held; of another service the values are shown.\n",
+        .options = {timeOption("interval", "1000", "the time between two looks"),
+                    {.name = "all", .help = "also show the resources that nobody holds"},
+                    kJson},
         .run = runTop,
 };
 
