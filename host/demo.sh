@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A session for a person to watch: the real library, the real binder stack, a service in a process of its own.
+# Runs a session to watch: the real library, the real binder stack, a service in its own process.
 # demo.sh BUILD_FOLDER
 set -euo pipefail
 simulator=$1/simulator/mirx-simulator
@@ -7,7 +7,6 @@ sources=$(dirname "$0")/../simulator
 dovctl=$1/dovctl/dovctl
 DOV_SERVICE_DIR=$(mktemp -d)
 export DOV_SERVICE_DIR
-cp "$sources/vendor.tavro.hardware.mirx-service.xml" "$DOV_SERVICE_DIR/"
 log=$DOV_SERVICE_DIR/simulator.log
 server=''
 shown=0
@@ -22,7 +21,7 @@ bold='' plain=''
 if [ -t 1 ]; then bold=$'\033[1m' plain=$'\033[0m'; fi
 say() { printf '\n%s%s%s\n' "$bold" "$*" "$plain"; }
 
-# What the service has printed since the last time, once `pattern` is among it: service_says PATTERN
+# Waits until the service has printed PATTERN, then prints all its new output: service_says PATTERN
 service_says() {
     local tries
     for ((tries = 0; tries < 100; tries++)); do
@@ -33,7 +32,7 @@ service_says() {
     shown=$(wc -l < "$log")
 }
 
-# Runs dovctl as typed and checks how it ends: run EXIT_CODE ARGUMENTS...
+# Runs dovctl as typed and checks its exit code: run EXIT_CODE ARGUMENTS...
 run() {
     local expected=$1 code=0
     shift
@@ -54,9 +53,9 @@ is_dead() {
 }
 
 start_service() {
-    printf '$ mirx-simulator --profile profile.xml &\n'
-    # In a shell of its own, so that bash does not report the kill.
-    server=$("$simulator" --profile "$sources/profile.xml" >> "$log" 2>&1 & echo $!)
+    printf '$ mirx-simulator --declare --profile profile.xml &\n'
+    # In a subshell, so that bash does not report the kill.
+    server=$("$simulator" --declare --profile "$sources/profile.xml" >> "$log" 2>&1 & echo $!)
     service_says serving
 }
 
@@ -102,4 +101,4 @@ say 'The service is back. The next call works.'
 start_service
 run 0 acquire 0 --identity demo --duration 2000
 service_says request
-say 'That was the real library over the real binder stack. ./dev dovctl --help shows what else there is.'
+printf '\nThis was the real library over the real binder stack. ./dev dovctl --help shows what else there is.\n'

@@ -1,24 +1,25 @@
 #!/usr/bin/env bash
 # Boots Debian's kernel with its binder driver in qemu, runs the programs of a build folder over the driver and powers off.
 #
-# Usage: boot.sh amd64|armhf BUILD_FOLDER CACHE_DIR tests [GTEST_FILTER]
-#        boot.sh amd64|armhf BUILD_FOLDER CACHE_DIR bench [BENCHMARK_FILTER]
-# Needs DOV_STACK, the binder stack of that build. Ends with 0 when all tests have passed, all calls been measured.
+# Usage: boot.sh amd64|armhf BUILD_FOLDER GUEST_FOLDER tests [GTEST_FILTER]
+#        boot.sh amd64|armhf BUILD_FOLDER GUEST_FOLDER vendor [GTEST_FILTER]   the library as in a vendor process
+#        boot.sh amd64|armhf BUILD_FOLDER GUEST_FOLDER bench [BENCHMARK_FILTER]
+# GUEST_FOLDER is what host/guest/kernel.sh has fetched. Needs DOV_STACK, the binder stack of that build, and for armhf
+# DOV_ARM_SYSROOT. Exits with 0 if all tests passed or all calls were measured.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 architecture=$1
 build=$(readlink -f "$2")
-cache=$3
+kernel=$3
 task=$4
-kernel=$cache/guest-$architecture
-sysroot=$cache/sysroot-armhf
+sysroot=${DOV_ARM_SYSROOT:-}
 simulator=$(readlink -f "$here/../../simulator")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 
-# What runs in the guest stands at the same paths as here, without what only a debugger reads.
+# Copies files to the same paths in the guest, without debug information.
 stripped() {
     local file
     for file in "$@"; do
@@ -28,16 +29,23 @@ stripped() {
 }
 
 mkdir -p "$root"/{bin,dev,etc,lib,proc,sys,tmp} "$root"/vendor/etc/vintf/manifest "$root$simulator"
+mkdir -p "$root/usr/lib/locale"
+cp -r /usr/lib/locale/C.utf8 "$root/usr/lib/locale/"  # dovctl reads text as UTF-8
 cp "$here/init" "$root/init"
 cp "$kernel/busybox" "$root/bin/"
 cp "$kernel/binder_linux.ko" "$root/lib/"
 cp "$simulator"/*.xml "$root$simulator/"
 cp "$simulator/vendor.tavro.hardware.mirx-service.xml" "$root/vendor/etc/vintf/manifest/mirx.xml"
-programs=("$build"/{simulator/mirx-simulator,dovctl/dovctl,host/servicemanager/servicemanager})
+programs=("$build"/{simulator/mirx-simulator,dovctl/dovctl} "$build"/host/servicemanager/{servicemanager,dumpsys,service})
 case $task in
-    tests)
+    tests | vendor)
         filter=${5:-*}
-        programs+=("$build"/tests/{binder_tests,exit_program,test-relay})
+        if [ "$task" = vendor ]; then
+            filter=${5:-BindingTest.*:DeathTest.*:AcquireTest.*:RestartTest.*}
+            preload=$build/tests/platform/libvendor_process.so
+            stripped "$preload"
+        fi
+        programs+=("$build"/tests/{binder_tests,exit_program,plain_service,test-relay} "$build/vts/VtsHalMirxTargetTest")
         ;;
     bench)
         filter=${5:-.}
@@ -72,11 +80,12 @@ esac
 cat > "$root/etc/guest" <<VARIABLES
 build=$build
 task=$task
+preload=${preload:-}
 filter='$filter'
 VARIABLES
 (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) | gzip -1 > "$work/initrd.gz"
 
-# The driver asks for the security context of callers, so SELinux must be on. A guest that hangs is ended after 40 minutes.
+# SELinux must be on because the driver asks for the callers' security context. A hanging guest is killed after 40 minutes.
 start=$EPOCHREALTIME
 timeout 2400 "${machine[@]}" -accel tcg -smp 2 -m 1024 -nographic -nic none -no-reboot -kernel "$kernel/vmlinuz" -initrd "$work/initrd.gz" \
     -append "console=$console quiet panic=-1 security=selinux selinux=1 enforcing=0 rdinit=/init" < /dev/null |
@@ -84,7 +93,7 @@ timeout 2400 "${machine[@]}" -accel tcg -smp 2 -m 1024 -nographic -nic none -no-
     stdbuf -oL grep -av '^guest-verdict ' || true
 end=$EPOCHREALTIME
 printf 'guest %s: from start to power-off %.1f s\n' "$architecture" "$(echo "$end $start" | awk '{ print $1 - $2 }')"
-# The emulator ends with 0 whatever happens inside.
+# qemu exits with 0 even if the guest failed.
 verdict=$(sed -n 's/^guest-verdict //p' "$work/console" | tail -n 1)
 [ -n "$verdict" ] || { echo "guest $architecture: it ended without a verdict" >&2; exit 1; }
 exit "$verdict"
