@@ -1,4 +1,4 @@
-// What the acquire functions send, return and log.
+// Tests of the acquire functions: what they send, return and log.
 #include <dov/dov.h>
 
 #include <fcntl.h>
@@ -40,7 +40,7 @@ const std::vector<MirxRequestData> kResourceData = {element(0x1010010, "7"), ele
 
 class AcquireTest : public BinderTest {};
 
-TEST_F(AcquireTest, sendsTheParcelThatTheCommandAsksFor) {
+TEST_F(AcquireTest, commandDeterminesTheParcel) {
     struct Case {
         int32_t cmdid;
         std::string pkg, identity;
@@ -98,7 +98,7 @@ TEST_F(AcquireTest, sendsTheParcelThatTheCommandAsksFor) {
     }
 }
 
-TEST_F(AcquireTest, resourceAndPlatformRequestsGoThroughTheEventRequest) {
+TEST_F(AcquireTest, resourceAndPlatformCallsUseDovEventAcquire) {
     EXPECT_EQ(DovResAcquire(kResources, "ignored", "me", -1), 1);
     EXPECT_THAT(log.take(), ElementsAre(line(ANDROID_LOG_INFO, "DovResAcquire"),
                                         line(ANDROID_LOG_INFO,
@@ -115,7 +115,7 @@ TEST_F(AcquireTest, resourceAndPlatformRequestsGoThroughTheEventRequest) {
               parcel(12, "com.example", "me", 9, kResourceData).toString());
 }
 
-TEST_F(AcquireTest, returnsTheServicesHandleWhateverItIs) {
+TEST_F(AcquireTest, returnsAnyHandleOfTheService) {
     for (const int32_t handle : {0, -1, -7, INT32_MAX, INT32_MIN}) {
         service->answer = handle;
         EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), handle);
@@ -123,10 +123,10 @@ TEST_F(AcquireTest, returnsTheServicesHandleWhateverItIs) {
     const auto lines = log.take();
     EXPECT_TRUE(std::none_of(lines.begin(), lines.end(), [](const LogLine& line) {
         return line.priority == ANDROID_LOG_ERROR;
-    })) << "an answer of -1 is not a failure";
+    })) << "the answer -1 was logged as a failure";
 }
 
-TEST_F(AcquireTest, releasePassesEveryHandleOn) {
+TEST_F(AcquireTest, releaseSendsAnyHandle) {
     for (const int32_t handle : {1, 0, -1, INT32_MAX, INT32_MIN}) {
         service->answer = -1;
         DovRelease(handle);
@@ -139,7 +139,7 @@ TEST_F(AcquireTest, releasePassesEveryHandleOn) {
     }
 }
 
-TEST_F(AcquireTest, failedStatusIsLoggedAndDropsTheProxy) {
+TEST_F(AcquireTest, failedCallIsLoggedAndDropsTheProxy) {
     const auto failed = [](const std::string& name) {
         return line(ANDROID_LOG_ERROR, name + "() failed : mirx HAL service not available");
     };
@@ -156,10 +156,10 @@ TEST_F(AcquireTest, failedStatusIsLoggedAndDropsTheProxy) {
     DovRelease(3);
     EXPECT_THAT(log.take(), ElementsAre(line(ANDROID_LOG_INFO, "DovRelease, handle:3"),
                                         failed("mirxResCtlRelease")));
-    EXPECT_EQ(services().declarationChecks, bound + 1) << "the call after a failed one binds again";
+    EXPECT_EQ(services().declarationChecks, bound + 1) << "the failed call did not drop the proxy";
 }
 
-TEST_F(AcquireTest, oneWayCallerGetsItsHandleAlsoWhenTheCallFails) {
+TEST_F(AcquireTest, oneWayReturnsItsHandleEvenIfTheCallFails) {
     HeldBackDeath death;
     ASSERT_GE(DovEventAcquireOneWay(1, "p", "i", 0, {}), 0);
     stopServing();
@@ -175,7 +175,7 @@ TEST_F(AcquireTest, oneWayCallerGetsItsHandleAlsoWhenTheCallFails) {
                     line(ANDROID_LOG_ERROR, "mirxResCtlRequest error:" + std::to_string(handle))));
 }
 
-TEST_F(AcquireTest, nothingBoundMeansMinusOneAndNothingSent) {
+TEST_F(AcquireTest, undeclaredServiceReturnsMinusOneAndSendsNothing) {
     undeclare();
     const LogLine undeclared =
             line(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:0");
@@ -206,7 +206,7 @@ TEST_F(AcquireTest, randomHandlesArePositiveAndDiffer) {
     EXPECT_GT(*handles.rbegin(), 0x40000000) << "the upper bits are never set";
 }
 
-TEST_F(AcquireTest, withoutARandomDeviceTheRequestIsStillSent) {
+TEST_F(AcquireTest, requestIsSentWithoutARandomDevice) {
     ASSERT_EQ(DovEventAcquire(1, "p", "i", 0, {}), 1);
     log.take();
     service->take();

@@ -1,4 +1,4 @@
-// The action names and how an event id finds one.
+// Tests of the action names and their look-up.
 #include <dov/DovWrapper.h>
 
 #include <algorithm>
@@ -11,9 +11,9 @@
 
 using dovwrapper::findAction;
 
-// The names and their order are known to the service and cannot change: this is the hash (FNV-1a)
-// of all of them, each followed by a line feed.
-TEST(ActionTest, theListIsTheOneThatTheServiceKnows) {
+// The service depends on the names and their order, so they must not change. The hash is FNV-1a of
+// all names, each followed by a line feed.
+TEST(ActionTest, namesAndTheirOrderAreUnchanged) {
     ASSERT_EQ(gActionList.size(), 199u);
     uint64_t hash = 0xcbf29ce484222325;
     for (const std::string& name : gActionList) {
@@ -22,7 +22,7 @@ TEST(ActionTest, theListIsTheOneThatTheServiceKnows) {
     EXPECT_EQ(hash, 0x5c61a96b848a6668);
 }
 
-TEST(ActionTest, everyNameGivesTheFirstPlaceThatItHas) {
+TEST(ActionTest, everyNameMapsToItsFirstId) {
     std::map<size_t, size_t> unreachable;
     for (size_t id = 0; id < gActionList.size(); ++id) {
         const auto first = static_cast<size_t>(
@@ -36,7 +36,7 @@ TEST(ActionTest, everyNameGivesTheFirstPlaceThatItHas) {
                                      std::pair(109, 94), std::pair(162, 102)));
 }
 
-TEST(ActionTest, someNamesByHand) {
+TEST(ActionTest, knownNamesMapToTheirIds) {
     EXPECT_EQ(findAction("VANTEL_ACTION_LAUNCH"), 0);
     EXPECT_EQ(findAction("VANTEL_ACTION_KALTERVINE_DDR_BOOST"), 36);
     EXPECT_EQ(findAction("VANTEL_ACTION_CAMERA_STIKER_RECORD"), 78);
@@ -47,7 +47,7 @@ TEST(ActionTest, someNamesByHand) {
     EXPECT_EQ(findAction("VANTEL_ACTION_CAMERA_APS_INNER_THDR_CAPTURE_L1"), 198);
 }
 
-TEST(ActionTest, nearMissesAreNotFound) {
+TEST(ActionTest, similarNamesAreNotFound) {
     for (const std::string& name : gActionList) {
         const std::string lastChanged = name.substr(0, name.size() - 1) + "?";
         for (const std::string& eventId :
@@ -65,7 +65,7 @@ TEST(ActionTest, nearMissesAreNotFound) {
     EXPECT_EQ(findAction("VANTEL_" + std::string(100000, 'A')), std::nullopt);
 }
 
-TEST(ActionTest, aLookUpAllocatesNothing) {
+TEST(ActionTest, lookUpDoesNotAllocate) {
     for (const std::string& name : gActionList) {
         const std::string eventId = "VANTEL_" + name;
         const std::string nearMiss = eventId + "_";

@@ -1,4 +1,4 @@
-// How the two bindings find the service, lose it and find it again.
+// Tests of the two bindings: how they bind, drop their proxies and bind again.
 #include <dov/dov.h>
 #include <dov/halclient.h>
 
@@ -42,7 +42,7 @@ class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallbac
 
 class BindingTest : public BinderTest {};
 
-TEST_F(BindingTest, bothInitialiseTheService) {
+TEST_F(BindingTest, bothBindingsInitialiseTheService) {
     mirxHalclient::mirx_init();
     EXPECT_EQ(dovInit(), 0);
     EXPECT_THAT(log.take(), ElementsAre(kClientEntry, kDovEntry));
@@ -52,7 +52,7 @@ TEST_F(BindingTest, bothInitialiseTheService) {
     EXPECT_EQ(calls[1].operation, "init");
 }
 
-TEST_F(BindingTest, undeclaredServiceFailsAtOnceOnEveryCall) {
+TEST_F(BindingTest, undeclaredServiceFailsEveryCallAtOnce) {
     undeclare();
     for (int call = 0; call < 2; ++call) {
         mirxHalclient::mirx_init();
@@ -70,7 +70,7 @@ TEST_F(BindingTest, undeclaredServiceFailsAtOnceOnEveryCall) {
     EXPECT_EQ(services().waits, 0);
 }
 
-TEST_F(BindingTest, anObjectThatIsNotTheServiceIsNotFound) {
+TEST_F(BindingTest, objectOfAnotherInterfaceIsNotBound) {
     serveAsItIs(ndk::SharedRefBase::make<OtherInterface>()->asBinder());
     mirxHalclient::mirx_init();
     EXPECT_EQ(dovInit(), -1);
@@ -80,7 +80,7 @@ TEST_F(BindingTest, anObjectThatIsNotTheServiceIsNotFound) {
                             kDovError));
 }
 
-TEST_F(BindingTest, aServiceThatCannotBeLinkedToDeathIsDropped) {
+TEST_F(BindingTest, failedLinkToDeathDropsTheProxy) {
     services().localObject = service->asBinder();
     mirxHalclient::mirx_init();
     EXPECT_EQ(dovInit(), -1);
@@ -117,7 +117,7 @@ TEST_F(BindingTest, lowLevelClientWaitsForADeclaredService) {
     EXPECT_THAT(log.take(), ElementsAre(kClientEntry));
 }
 
-TEST_F(BindingTest, aFailedCallDropsItsOwnProxyOnly) {
+TEST_F(BindingTest, failedCallDropsOnlyItsOwnProxy) {
     mirxHalclient::mirx_init();
     ASSERT_EQ(dovInit(), 0);
     log.take();
@@ -148,7 +148,7 @@ TEST_F(BindingTest, aFailedCallDropsItsOwnProxyOnly) {
     EXPECT_EQ(services().declarationChecks, bound + 2);
 }
 
-TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
+TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
     mirxHalclient::mirx_init();
     ASSERT_EQ(dovInit(), 0);
     for (int death = 0; death < 3; ++death) {
@@ -171,8 +171,8 @@ TEST_F(BindingTest, bothHearOfTheServicesDeathAndBindAgain) {
     }
 }
 
-// The driver hears of what a thread has let go in the order in which threads speak to it.
-TEST_F(BindingTest, whatOneThreadHasDroppedAnotherMayBind) {
+// Commands that a thread has queued reach the driver only with its next call.
+TEST_F(BindingTest, droppedProxyCanBeBoundByAnotherThread) {
     ASSERT_EQ(dovInit(), 0);
     service->failing = true;
     EXPECT_EQ(dovInit(), -2);
@@ -181,10 +181,11 @@ TEST_F(BindingTest, whatOneThreadHasDroppedAnotherMayBind) {
     EXPECT_EQ(dovInit(), 0);
     log.take();
     stopServing();
-    EXPECT_TRUE(eventually([this] { return !log.take().empty(); })) << "nobody heard of its death";
+    EXPECT_TRUE(eventually([this] { return !log.take().empty(); }))
+            << "no binding was notified of the death";
 }
 
-TEST_F(BindingTest, threadsThatFindNothingBoundBindOnce) {
+TEST_F(BindingTest, concurrentClientCallsBindOnce) {
     stopServing();
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) callers.emplace_back([] { mirxHalclient::mirx_init(); });
@@ -197,10 +198,10 @@ TEST_F(BindingTest, threadsThatFindNothingBoundBindOnce) {
     endService(1);
 }
 
-// Callers know the line that a thread logs when another has bound before it; it says 1. To make
-// threads meet there: one call lasts, so that the drop after a failed call has to wait for it, and
-// the threads queue behind the drop.
-TEST_F(BindingTest, aThreadThatComesSecondSaysSoAndUsesTheProxy) {
+// A thread logs this line, with a 1, when another thread has bound before it. Callers depend on the
+// line. To cause it, one call blocks; a failed call then waits to drop the proxy, and further
+// threads queue behind that drop.
+TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
     const LogLine second =
             client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
     bool seen = false;
@@ -243,7 +244,7 @@ TEST_F(BindingTest, aThreadThatComesSecondSaysSoAndUsesTheProxy) {
     EXPECT_TRUE(seen);
 }
 
-TEST_F(BindingTest, eventThreadsThatFindNothingBoundAllBind) {
+TEST_F(BindingTest, concurrentEventCallsAllSucceed) {
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) callers.emplace_back([] { EXPECT_EQ(dovInit(), 0); });
     for (std::thread& caller : callers) caller.join();
@@ -253,9 +254,8 @@ TEST_F(BindingTest, eventThreadsThatFindNothingBoundAllBind) {
     EXPECT_EQ(dovInit(), -1);
 }
 
-// A thread may find the proxy gone between binding and calling, when another thread's call has
-// failed in between.
-TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
+// Another thread's failed call may drop the proxy after a thread has bound and before it calls.
+TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     service->failing = true;
     std::atomic<bool> done = false;
     std::vector<std::thread> callers;
@@ -285,9 +285,9 @@ TEST_F(BindingTest, aProxyThatIsGoneAgainBeforeTheCallIsReported) {
     for (std::thread& caller : callers) caller.join();
 }
 
-// A process that binds over and over, because its calls fail, must not grow. The other binding
+// A process whose calls keep failing binds again and again, and must not leak. The other binding
 // keeps the proxy alive.
-TEST_F(BindingTest, thousandsOfBindingsLeaveNothingBehind) {
+TEST_F(BindingTest, repeatedBindingDoesNotLeak) {
     mirxHalclient::mirx_init();
     const auto rebind = [this](int times) {
         for (int i = 0; i < times; ++i) {
@@ -299,12 +299,12 @@ TEST_F(BindingTest, thousandsOfBindingsLeaveNothingBehind) {
         }
     };
     rebind(1000);
-    // In an emulated machine each takes milliseconds.
+    // Over the driver, in an emulated machine, each takes milliseconds.
     const int times = overDriver() ? 2000 : 10000;
     const Holdings before;
     rebind(times);
     const Holdings after;
-#if !__has_feature(address_sanitizer)  // it keeps what is freed, and looks for leaks itself
+#if !__has_feature(address_sanitizer)  // it keeps freed memory and finds leaks itself
     EXPECT_LT(after.resident, before.resident + size_t{256} * 1024);
 #endif
     EXPECT_EQ(after.descriptors, before.descriptors);
@@ -312,5 +312,5 @@ TEST_F(BindingTest, thousandsOfBindingsLeaveNothingBehind) {
     log.take();
     endService(2);
     EXPECT_THAT(log.take(), Not(Contains(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died"))))
-            << "an earlier binding's recipient is still linked";
+            << "the death recipient of an earlier binding is still linked";
 }

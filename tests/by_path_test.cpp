@@ -1,4 +1,4 @@
-// What the path-addressed operations send, refuse and return.
+// Tests of the path-addressed operations: what they send, reject and return.
 #include <climits>
 
 #include "tests/support/client_test.h"
@@ -24,7 +24,7 @@ class ByPathTest : public ClientTest {
     std::shared_ptr<IClientCallbackByPath> callback = std::make_shared<HeardByPath>();
 };
 
-TEST_F(ByPathTest, theMarkerReplacesWhatTheListHeld) {
+TEST_F(ByPathTest, markerReplacesTheStringList) {
     MirxRequestParcel parcel;
     parcel.stringList = {{"a", std::nullopt, "b"}};
     mirx_add_zdbdebug_for_request_parcel(parcel);
@@ -78,7 +78,7 @@ TEST_F(ByPathTest, controlRequestsSendPathsWithTheirValues) {
     }
 }
 
-TEST_F(ByPathTest, controlRequestsRefuseListsOfDifferentLength) {
+TEST_F(ByPathTest, controlRequestsRejectListsOfDifferentLength) {
     const std::pair<Texts, Texts> cases[] = {{{"/a"}, {}}, {{}, {"1"}}, {{"/a"}, {"1", "2"}}};
     for (const auto& [paths, values] : cases) {
         EXPECT_EQ(mirx_resctl_request_by_path(-1, 1, paths, values, 0, 0, 2), -1);
@@ -97,7 +97,7 @@ TEST_F(ByPathTest, controlRequestsRefuseListsOfDifferentLength) {
     EXPECT_EQ(waitingCallbacks(), 0u);
 }
 
-TEST_F(ByPathTest, stateByListsAppendsTheValues) {
+TEST_F(ByPathTest, stateQueryByListAppendsTheValues) {
     const struct {
         Texts paths, values;
         std::vector<MirxRequestData> sent;
@@ -121,7 +121,7 @@ TEST_F(ByPathTest, stateByListsAppendsTheValues) {
     EXPECT_THAT(out, ElementsAre("kept"));
 }
 
-TEST_F(ByPathTest, stateByMapKeepsAndOverwrites) {
+TEST_F(ByPathTest, stateQueryByMapOverwritesOnlyAnsweredPaths) {
     service->state = {pathElement("/b", "7"), pathElement("/c"), element(5, "8"),
                       pathElement("/d", ""), pathElement("/b", "9")};
     TextMap out = {{"/a", "kept"}, {"/b", "old"}};

@@ -1,4 +1,4 @@
-// What a client's callback is told, and when the library lets go of it.
+// Tests of callback objects: what the client receives, and when the library releases it.
 #include "tests/support/client_test.h"
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
@@ -32,7 +32,7 @@ const LogLine kTransaction = {
 
 class CallbackClientTest : public ClientTest {
   protected:
-    // Makes a request and returns the object that the service got for its callback.
+    // Makes a request and returns the callback object that the service received.
     std::shared_ptr<IMirxCallback> request(const std::shared_ptr<IClientCallback>& callback) {
         mirxSACtlRequest(-1, 1, 2, 0, 0, 3, callback);
         const auto received = theCall().parcel.callback;
@@ -63,7 +63,7 @@ TEST_F(CallbackClientTest, resourcesByIdAlwaysHaveAValue) {
                     kFound, removed(1, 0), kTransaction));
 }
 
-TEST_F(CallbackClientTest, resourcesByPathHaveEmptyTextsForAbsentOnes) {
+TEST_F(CallbackClientTest, absentPathsAndValuesArriveAsEmptyTexts) {
     mirx_res_listening_register_by_path({"/a"}, 1, heardByPath);
     const auto callback = theCall().callback;
     log.take();
@@ -82,8 +82,8 @@ TEST_F(CallbackClientTest, resourcesByPathHaveEmptyTextsForAbsentOnes) {
     }
 }
 
-// However a callback is handed over, it is of the right kind and leaves when it should.
-TEST_F(CallbackClientTest, requestsAreCalledOnceRegistrationsStay) {
+// Covers every function that takes a callback: the kind of the callback and its removal.
+TEST_F(CallbackClientTest, onlyRequestCallbacksAreRemovedWhenCalled) {
     std::list<DovClient::Resource> none;
     const struct {
         std::function<int()> hand;
@@ -117,7 +117,7 @@ TEST_F(CallbackClientTest, requestsAreCalledOnceRegistrationsStay) {
     }
 }
 
-TEST_F(CallbackClientTest, anObjectIsRemovedAsOftenAsItIsThere) {
+TEST_F(CallbackClientTest, everyEntryOfACalledObjectIsRemoved) {
     const auto callback = request(heard);
     const auto waiting = request(heard);
     const auto unknown = request(heard);
@@ -132,11 +132,11 @@ TEST_F(CallbackClientTest, anObjectIsRemovedAsOftenAsItIsThere) {
     unknown->onCallback({element(1)});
     EXPECT_THAT(log.take(), testing::IsSupersetOf({kNotFound, removed(1, 1)}));
     EXPECT_THAT(heard->take(), ElementsAre(ElementsAre(Pair(1, ""))))
-            << "empty data calls nobody, an unknown object calls its client all the same";
-    EXPECT_EQ(waitingCallbacks(), 1u) << "one that nobody calls stays";
+            << "only data calls the client, even through an object that is not listed";
+    EXPECT_EQ(waitingCallbacks(), 1u) << "an object that was not called was removed";
 }
 
-TEST_F(CallbackClientTest, withoutACallbackDataIsDropped) {
+TEST_F(CallbackClientTest, dataForAnAbsentCallbackIsDropped) {
     const auto callback = request(nullptr);
     EXPECT_TRUE(callback->onCallback({element(1, "2")}).isOk());
     EXPECT_THAT(
@@ -145,7 +145,7 @@ TEST_F(CallbackClientTest, withoutACallbackDataIsDropped) {
                         kFound, removed(1, 0), kTransaction));
 }
 
-TEST_F(CallbackClientTest, aCallbackMayComeDuringTheRequestAndCallTheLibrary) {
+TEST_F(CallbackClientTest, callbackDuringTheRequestMayCallTheLibrary) {
     heard->then = [] {
         EXPECT_EQ(mirxResCtlRelease(5), 1);
         EXPECT_EQ(waitingCallbacks(), 1u);
@@ -162,7 +162,7 @@ TEST_F(CallbackClientTest, aCallbackMayComeDuringTheRequestAndCallTheLibrary) {
     EXPECT_EQ(theCall().operation, "release");
 }
 
-TEST_F(CallbackClientTest, theClientIsLetGoWhenLibraryAndServiceHaveLetGo) {
+TEST_F(CallbackClientTest, clientIsFreedWhenLibraryAndServiceReleaseIt) {
     auto callback = request(heard);
     const std::weak_ptr<Heard> weak = heard;
     heard.reset();
@@ -174,7 +174,7 @@ TEST_F(CallbackClientTest, theClientIsLetGoWhenLibraryAndServiceHaveLetGo) {
     EXPECT_THAT(log.take(), ElementsAre(kGone));
 }
 
-TEST_F(CallbackClientTest, theTransactionLogIsOursAgainWithTheNextCallback) {
+TEST_F(CallbackClientTest, nextRequestRestoresTheTransactionLog) {
     int others = 0;
     const auto callback = request(heard);
     BnMirxCallback::logFunc = [&](const BnMirxCallback::TransactionLog&) { ++others; };

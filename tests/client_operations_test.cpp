@@ -1,5 +1,4 @@
-// What holds for every operation of the low-level client: what it logs and returns when its call
-// succeeds, when it fails and when there is no service.
+// Tests of every low-level operation: what it logs and returns with and without a service.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -11,8 +10,8 @@ struct Operation {
     std::string entry;
     std::string failureName;
     std::function<int()> call;
-    int result = 1;  // when the service answers 1
-    std::vector<LogLine> before = {};  // logged whether the call succeeds or not
+    int result = 1;  // if the service answers 1
+    std::vector<LogLine> before = {};  // logged before the call, even if it fails
     std::vector<LogLine> success = {};
     bool leavesCallback = false;
 };
@@ -128,7 +127,7 @@ const std::vector<Operation> kOperations = {
 
 class ClientOperationsTest : public ClientTest {};
 
-TEST_F(ClientOperationsTest, logAndReturnTheSameInEveryState) {
+TEST_F(ClientOperationsTest, logAndResultMatchTheStateOfTheService) {
     service->state = {pathElement("/a", "7")};
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.entry);
@@ -140,14 +139,14 @@ TEST_F(ClientOperationsTest, logAndReturnTheSameInEveryState) {
         const size_t waiting = waitingCallbacks();
         undeclare();
         service->failing = true;
-        mirx_init();  // leaves nothing bound
+        mirx_init();  // empties the binding
         service->take();
         log.take();
         EXPECT_EQ(operation.call(), -1);
         EXPECT_EQ(log.take(),
                   logged({{error("Mirx is not declared, AServiceManager_isDeclared:0")}}));
         EXPECT_THAT(service->take(), IsEmpty());
-        EXPECT_EQ(waitingCallbacks(), waiting) << "with no service";
+        EXPECT_EQ(waitingCallbacks(), waiting) << "a callback was left without a service";
 
         declare();
         EXPECT_EQ(operation.call(), -1);
@@ -157,7 +156,7 @@ TEST_F(ClientOperationsTest, logAndReturnTheSameInEveryState) {
         service->failing = false;
         services().declarationChecks = 0;
         service->take();
-        EXPECT_EQ(operation.call(), operation.result) << "a failed call has left something behind";
+        EXPECT_EQ(operation.call(), operation.result) << "the failed call left an entry";
         EXPECT_EQ(services().declarationChecks, 1) << "the proxy was not dropped";
         EXPECT_EQ(clientLines(), logged({operation.before, operation.success}));
         EXPECT_EQ(service->take().size(), 1u);

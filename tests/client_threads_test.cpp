@@ -1,4 +1,4 @@
-// Many threads at once in every part of the low-level client that has shared state.
+// Tests the low-level client's shared state with many threads.
 #include "tests/support/client_test.h"
 
 #include <shared_mutex>
@@ -8,13 +8,13 @@ using namespace mirxHalclient;
 
 class ClientThreadsTest : public ClientTest {};
 
-TEST_F(ClientThreadsTest, requestsCallbacksAndRegistrationsMeet) {
+TEST_F(ClientThreadsTest, requestsCallbacksAndListenersRunInParallel) {
     constexpr int kThreads = 4, kRounds = 50;
     service->counting = true;
     const auto heard = std::make_shared<Heard>();
     const auto heardByPath = std::make_shared<HeardByPath>();
     std::atomic<int> calls = 0;
-    // Whatever requests have come, of this thread or another, are called back once each.
+    // Calls back each new request once, whichever thread made it.
     const auto callBack = [&] {
         for (const RecordedCall& call : service->take()) {
             if (!call.parcel.callback) continue;
@@ -25,12 +25,12 @@ TEST_F(ClientThreadsTest, requestsCallbacksAndRegistrationsMeet) {
     service->whenCalled([&](const std::string& operation) {
         if (operation == "request") callBack();
     });
-    // A call that finds the proxy just dropped by another thread does nothing.
+    // Retries: the call fails if another thread has just dropped the proxy.
     const auto unregister = [](int handle) {
         while (mirxResListeningUnRegister(handle) == -1) {
         }
     };
-    // The thermal registration has no lock of its own; its callers bring one.
+    // Thermal registration takes no lock, so callers must not run it in parallel with others.
     std::shared_mutex thermal;
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
@@ -74,6 +74,6 @@ TEST_F(ClientThreadsTest, requestsCallbacksAndRegistrationsMeet) {
     service->whenCalled(nullptr);
     for (int t = 0; t < kThreads; ++t) {
         std::list<DovClient::Resource> resources = {{t + 1, "1"}};
-        EXPECT_NE(mirxResListeningRegister(resources, 2, heard), -1) << "an entry was left";
+        EXPECT_NE(mirxResListeningRegister(resources, 2, heard), -1) << "an entry was not removed";
     }
 }

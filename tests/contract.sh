@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Holds the AIDL contract to its frozen version, with the AIDL compiler itself: contract.sh AIDL_COMPILER AIDL_FOLDER
+# Checks the AIDL contract against its frozen version, with the AIDL compiler: contract.sh AIDL_COMPILER AIDL_FOLDER
 set -euo pipefail
 aidl=$1
 cd "$2"
@@ -19,7 +19,7 @@ same $api/1 $api/current || fail "version 1 is frozen: a change of the contract 
 hash=$(cd $api/1 && { find ./ -name '*.aidl' -print0 | LC_ALL=C sort -z | xargs -0 sha1sum && echo 1; } | sha1sum | cut -d ' ' -f 1)
 [ "$hash" = "$(cat $api/1/.hash)" ] || fail "$api/1 was edited: its hash is $hash now"
 
-# The comparison notices what would break a service: an operation out of its place, a field of another type or nullability.
+# The comparison must detect changes that would break a service: a moved operation, a changed type or nullability of a field.
 changes=(
     's/int release(int handle);/@@/; s/int propertySet(String key, String value);/int release(int handle);/; s/@@/int propertySet(String key, String value);/'
     's/long duration;/int duration;/'
@@ -32,6 +32,6 @@ for change in "${changes[@]}"; do
     cp -r vendor "$work/changed/"
     sed -i "$change" "$work/changed/"vendor/tavro/hardware/mirx/*.aidl
     dump "$work/changed" "$work/changed-dump"
-    ! same $api/1 "$work/changed-dump" 2>/dev/null || fail "not noticed as a change: $change"
+    ! same $api/1 "$work/changed-dump" 2>/dev/null || fail "this change was not detected: $change"
 done
 echo "the contract is version 1, $hash"

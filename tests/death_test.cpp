@@ -1,4 +1,4 @@
-// The service in a process of its own, killed and started again.
+// Tests with the service in its own process, which is killed and restarted.
 #include <dov/dov.h>
 #include <dov/halclient.h>
 
@@ -20,7 +20,7 @@ class DeathTest : public BinderTest {
   protected:
     DeathTest() { stopServing(); }
 
-    // The process that serves, as the service manager sees it; 0 when there is none.
+    // The pid of the service according to the service manager; 0 if there is none.
     static pid_t servingProcess() {
         for (const auto& service : android::defaultServiceManager()->getServiceDebugInfo()) {
             if (service.name == kServiceName) return service.pid;
@@ -29,13 +29,13 @@ class DeathTest : public BinderTest {
     }
 };
 
-TEST_F(DeathTest, aKilledServiceIsNotRunningAndItsSuccessorTakesItsPlace) {
+TEST_F(DeathTest, killedServiceIsReplacedByItsSuccessor) {
     auto simulator = startSimulator();
     EXPECT_EQ(dovInit(), 0);
     simulator->signal(SIGKILL);
     EXPECT_EQ(simulator->wait(), -SIGKILL);
     EXPECT_TRUE(eventually([] { return servingProcess() == 0; }));
-    // Whether the notice has come yet or not, each call ends at once with a failure.
+    // Each call fails at once, whether the death notice has arrived or not.
     EXPECT_LT(dovInit(), 0);
     EXPECT_EQ(dovInit(), -1);
     EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), -1);
@@ -45,12 +45,12 @@ TEST_F(DeathTest, aKilledServiceIsNotRunningAndItsSuccessorTakesItsPlace) {
     waiting.join();
     EXPECT_EQ(servingProcess(), simulator->pid());
     EXPECT_EQ(dovInit(), 0);
-    EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), 1);
+    EXPECT_GT(DovEventAcquire(1, "p", "i", 0, {}), 0);
     simulator->readUntil("request");
 }
 
 TEST_F(DeathTest, onlyTheOwnerCanReachTheService) {
-    if (overDriver()) GTEST_SKIP() << "about the sockets in the folder";
+    if (overDriver()) GTEST_SKIP() << "tests the sockets in the services folder";
     const auto simulator = startSimulator();
     int sockets = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder())) {
@@ -63,8 +63,8 @@ TEST_F(DeathTest, onlyTheOwnerCanReachTheService) {
     EXPECT_EQ(sockets, 1);
 }
 
-TEST_F(DeathTest, aKilledServicesSocketDoesNotStayForGood) {
-    if (overDriver()) GTEST_SKIP() << "about the sockets in the folder";
+TEST_F(DeathTest, socketsOfKilledServicesAreRemoved) {
+    if (overDriver()) GTEST_SKIP() << "tests the sockets in the services folder";
     for (int i = 0; i < 3; ++i) {
         const auto simulator = startSimulator();
         simulator->signal(SIGKILL);
@@ -75,9 +75,9 @@ TEST_F(DeathTest, aKilledServicesSocketDoesNotStayForGood) {
     EXPECT_EQ(std::distance(begin(files), end(files)), 3) << "fragment, registration and socket";
 }
 
-// Calls through both bindings while the service is killed and comes back: every call ends, and the
-// next one works.
-TEST_F(DeathTest, callersSurviveAServiceThatIsKilledUnderThem) {
+// Both bindings call while the service is killed and restarted. Every call must return, and calls
+// to the new service must work.
+TEST_F(DeathTest, callersSurviveAKilledService) {
     auto simulator = startSimulator();
     std::atomic<bool> done = false;
     std::atomic<int> acquired = 0;
@@ -108,7 +108,7 @@ TEST_F(DeathTest, callersSurviveAServiceThatIsKilledUnderThem) {
     EXPECT_EQ(dovInit(), 0);
 }
 
-TEST_F(DeathTest, holdsOfTheSimulatorEndWhenTheirTimeRunsOutOrTheyAreReleased) {
+TEST_F(DeathTest, simulatorHoldsEndOnTimeoutOrRelease) {
     const auto simulator = startSimulator();
     const int32_t released = DovEventAcquire(0, "com.example", "me", 0, {{0x1010010, "7"}});
     EXPECT_THAT(simulator->readUntil("request"),
@@ -132,19 +132,19 @@ TEST_F(DeathTest, holdsOfTheSimulatorEndWhenTheirTimeRunsOutOrTheyAreReleased) {
     EXPECT_EQ(simulator->wait(), 0);
 }
 
-TEST_F(DeathTest, aListenerWhoseProcessDiedIsDropped) {
+TEST_F(DeathTest, listenerOfADeadProcessIsDropped) {
     const auto simulator = startSimulator();
     ChildProcess listener(DOVCTL, {"listen", "--opcode", "0x01010010"});
     simulator->readUntil("listen");
     const int32_t handle = DovResAcquire({{0x01010010, "1"}}, "", "me", 0);
     EXPECT_EQ(listener.readUntil(""), "0x01010010  1");
     listener.signal(SIGKILL);
-    EXPECT_EQ(simulator->readUntil("unlisten"), "unlisten handle 1: its process died");
+    EXPECT_THAT(simulator->readUntil("unlisten"), HasSubstr(": its process died"));
     DovRelease(handle);
     EXPECT_THAT(simulator->readUntil("ended"), HasSubstr("released"));
 }
 
-TEST_F(DeathTest, listenersSurviveTheirServiceAndCanRegisterWithItsSuccessor) {
+TEST_F(DeathTest, listenersCanRegisterWithTheSuccessor) {
     struct Silent : IClientCallback {
         void onCallback(std::list<DovClient::Resource>) override {}
     };
@@ -152,15 +152,16 @@ TEST_F(DeathTest, listenersSurviveTheirServiceAndCanRegisterWithItsSuccessor) {
     std::list<DovClient::Resource> first = {{1, "1"}};
     std::list<DovClient::Resource> second = {{2, "1"}};
     auto simulator = startSimulator();
-    EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), 1);
+    const int dead = mirxHalclient::mirxResListeningRegister(first, 1, callback);
     simulator->signal(SIGKILL);
     simulator->wait();
     simulator = startSimulator();
-    // The first calls may still meet the dead proxy.
+    // The first calls may still use the dead proxy.
     EXPECT_TRUE(eventually(
-            [&] { return mirxHalclient::mirxResListeningRegister(second, 1, callback) == 1; }));
+            [&] { return mirxHalclient::mirxResListeningRegister(second, 1, callback) > 0; }));
     EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), -1)
-            << "the registry keeps what the dead service was told";
-    EXPECT_EQ(mirxHalclient::mirxResListeningUnRegister(1), 0);
-    EXPECT_EQ(mirxHalclient::mirxResListeningRegister(first, 1, callback), 2);
+            << "the registry forgot a registration with the dead service";
+    EXPECT_EQ(mirxHalclient::mirxResListeningUnRegister(dead), -1)
+            << "the dead service's handle is still valid";
+    EXPECT_GT(mirxHalclient::mirxResListeningRegister(first, 1, callback), 0);
 }

@@ -1,4 +1,4 @@
-// The diagnostic requests: their codes and what they make of the answer.
+// Tests of the diagnostic requests: their codes and results.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -6,7 +6,7 @@ using testing::ElementsAre;
 
 class DiagnosticsTest : public ClientTest {};
 
-TEST_F(DiagnosticsTest, eachSendsItsCodeAndReportsAcceptanceOnly) {
+TEST_F(DiagnosticsTest, eachSendsItsCodeAndReturnsZeroIfAccepted) {
     const struct {
         std::string name;
         int (*call)();

@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# Holds the documents to the system; install.sh builds and runs their programs: docs.sh PROJECT_FOLDER BUILD_FOLDER
+# Checks that the documents agree with the system: docs.sh PROJECT_FOLDER BUILD_FOLDER
+#
+# install.sh builds and runs the programs of the documents.
 set -euo pipefail
 # shellcheck source=tests/samples.sh
 . "$(dirname "$0")/samples.sh"
@@ -13,17 +15,17 @@ complain() { printf '%s\n' "$*" >&2; failed=1; }
 
 docs/reference.sh "$build/reference"
 
-# A sample in a language that no test knows would be one that nobody checks.
+# Every sample must be in a language for which there is a check.
 unknown=$(grep -hE '^```.+' README.md docs/*.md | sort -u | grep -vxE '```(sh|text|picture|cpp|cmake|bp|xml|te|contexts)' || true)
-[ -z "$unknown" ] || complain "no test knows samples in: $unknown"
+[ -z "$unknown" ] || complain "no test checks samples in: $unknown"
 
 # integration.md: build files, manifest, policy.
 samples docs/integration.md bp > "$work/sample.bp"
 [ -z "$(bpfmt -l "$work/sample.bp")" ] || complain "integration.md: the sample is not in the platform's format"
 samples docs/integration.md xml | diff - simulator/vendor.tavro.hardware.mirx-service.xml ||
-    complain "integration.md: the manifest is not that of the simulator"
+    complain "integration.md: the manifest differs from that of the simulator"
 samples docs/integration.md te > "$work/sample.te"
-# The platform's macros as the rules they come to, so that the policy compiler can read the sample.
+# Defines the platform's macros, so that the policy compiler can read the sample.
 {
     cat << 'M4'
 module sample 1.0;
@@ -38,7 +40,10 @@ require {
 define(`init_daemon_domain', `allow init $1:process transition; allow init $1_exec:file execute;')
 define(`binder_use', `allow $1 servicemanager:binder { call transfer };')
 define(`binder_call', `allow $1 $2:binder { call transfer };')
-define(`add_service', `allow $1 $2:service_manager { add find };')
+define(`hal_attribute', `attribute hal_$1; attribute hal_$1_client; attribute hal_$1_server;')
+define(`hal_attribute_service', `allow $1_client $2:service_manager find; allow $1_server $2:service_manager { add find };')
+define(`hal_server_domain', `typeattribute $1 $2, $2_server;')
+define(`hal_client_domain', `typeattribute $1 $2_client;')
 M4
     cat "$work/sample.te"
 } | m4 > "$work/module.te"
@@ -48,21 +53,35 @@ while read -r type; do
     grep -q "^type $type," "$work/sample.te" || complain "integration.md: the contexts name $type, the policy does not"
 done < <(samples docs/integration.md contexts | sed 's/.*object_r:\(.*\):s0/\1/')
 
-# contract.md: the operations in their order, and the kinds of request with their numbers.
+# contract.md: the operations in the right order, and the kinds of request with their numbers.
 diff <(sed -n 's/.* \([a-zA-Z]*\)(.*);/\1/p' aidl/vendor/tavro/hardware/mirx/IMirx.aidl) \
-    <(sed -n 's/^| [0-9]* | `\([a-zA-Z]*\)` .*/\1/p' docs/contract.md) || complain "contract.md: the operations are others"
+    <(sed -n 's/^| [0-9]* | `\([a-zA-Z]*\)` .*/\1/p' docs/contract.md) || complain "contract.md: the operations differ from the interface"
 diff <(sed -n 's/^ *\(k[A-Za-z]*\) = \(0x[0-9a-f]*\),/\2 \1/p' aidl/request_kinds.h | sort) \
     <(sed -n 's/^| \(0x[0-9a-f]*\) | `\(k[A-Za-z]*\)` .*/\1 \2/p' docs/contract.md | sort -u) ||
-    complain "contract.md: the kinds of request are others"
+    complain "contract.md: the kinds of request differ from aidl/request_kinds.h"
 
-# failures.md: the lines of the log, up to what the library puts into them.
+# compat.md: every file with such a place.
+while read -r file; do
+    grep -qF "\`$file\`" docs/compat.md || complain "compat.md: $file is missing"
+done < <(grep -rl "// Compat:" api client common wrapper)
+
+# contract.md: the sentences that the contract test of services checks.
+tr -s ' \n' ' ' < docs/contract.md > "$work/contract"
+while IFS= read -r sentence; do
+    grep -qF -- "$sentence" "$work/contract" || complain "contract.md does not say: $sentence"
+done < <(tr -s ' \n' ' ' < vts/VtsHalMirxTargetTest.cpp | grep -o 'Sentence sentence( *"[^"]*"' | cut -d '"' -f 2)
+
+# failures.md: the log lines, up to the values that the library inserts.
 sed 's/%[sd]/@/g' api/* client/* > "$work/logged"
 while IFS= read -r line; do
     grep -qF -- "$line" "$work/logged" || complain "failures.md: nothing logs '$line'"
 done < <(cut -s -d '|' -f 4 docs/failures.md | grep -o '`[^`]* [^`]*`' | tr -d '`' |
     sed -E 's/^\.\.\. //; s/ ?\.\.\.$//; s/NAME|HANDLE/@/; s/([:(])-?[0-9]+/\1@/')
 
-# README.md: what it shows of the demo is what the demo prints; numbers that differ each time count as equal.
+# scenes.md: the table that dovctl prints.
+samples docs/scenes.md text | diff - <("$build/dovctl/dovctl" scenes) || complain "scenes.md: dovctl scenes prints another table"
+
+# README.md: the demo prints the output that is shown. Numbers that change in each run are ignored.
 paragraphs() { sed -E 's/[0-9]{4,}/N/g' | tr '\n' '\1' | sed 's/\x01\x01/\n/g' | sed 's/\x01$//'; }
 host/demo.sh "$build" 2>&1 | paragraphs > "$work/demo"
 shown=0
@@ -72,7 +91,7 @@ while IFS= read -r paragraph; do
 done < <(samples README.md text | paragraphs; echo)
 [ $shown -gt 1 ] || complain "README.md shows nothing of the demo"
 
-# README.md: its commands, each for a second at the most. In the foreground, or timeout would interrupt them twice.
+# README.md: runs its commands, each for at most a second. In the foreground, or timeout would interrupt them twice.
 export DOV_SERVICE_DIR=$work/services
 mkdir -m 700 "$DOV_SERVICE_DIR"
 cp simulator/*.xml "$DOV_SERVICE_DIR/"

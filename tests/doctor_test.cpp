@@ -1,8 +1,12 @@
-// dovctl doctor: every step failing for real, and what is said about it.
+// dovctl doctor: each step fails for a real cause, and the finding names it.
 #include <stdlib.h>
 
+#include <filesystem>
+#include <fstream>
 #include <latch>
 #include <sstream>
+
+#include <android/binder_stability.h>
 
 #include <gmock/gmock.h>
 #include <json/json.h>
@@ -14,19 +18,20 @@
 #include "simulator/mirx_service.h"
 #include "tests/support/child_process.h"
 #include "tests/support/test_services.h"
+#include "tests/support/test_waiter.h"
 
 using aidl::vendor::tavro::hardware::mirx::IMirx;
 using testing::HasSubstr;
 
 namespace {
 
-// What a service of another build answers about itself, in place of version 1 and its hash.
+// The version and hash that a service of another build reports.
 struct Build {
     int32_t version;
     std::string hash;
 };
 
-// Classes stay for the life of the process, so each is made once.
+// A class lives as long as the process, so each is defined once.
 AIBinder_Class* defineClass(const char* descriptor) {
     // The codes at which every stable interface has its version and its hash.
     static constexpr transaction_code_t kVersion = FIRST_CALL_TRANSACTION + 16777214;
@@ -46,7 +51,9 @@ AIBinder_Class* defineClass(const char* descriptor) {
 
 ndk::SpAIBinder serviceOf(const Build& build) {
     static AIBinder_Class* const type = defineClass(IMirx::descriptor);
-    return ndk::SpAIBinder(AIBinder_new(type, new Build(build)));
+    ndk::SpAIBinder binder(AIBinder_new(type, new Build(build)));
+    AIBinder_markVintfStability(binder.get());
+    return binder;
 }
 
 ndk::SpAIBinder serviceOfAnotherInterface() {
@@ -62,14 +69,14 @@ class DoctorTest : public BinderTest {
         int code;
         Json::Value steps;
 
-        // "step: finding" of the one that failed; those before it are ok, those behind it not
-        // tried.
+        // "step: finding" of the failed step. Expects "ok" of the steps before it, "not tried" of
+        // those after it.
         std::string failure() const {
             std::string failed;
             for (const Json::Value& step : steps) {
                 if (step["state"] == "failed") {
                     failed = step["step"].asString() + ": " + step["finding"].asString();
-                    EXPECT_NE(step["advice"], "") << "what is one to do?";
+                    EXPECT_NE(step["advice"], "") << "a failed step must give advice";
                 } else {
                     EXPECT_EQ(step["state"], failed.empty() ? "ok" : "not tried") << step;
                 }
@@ -80,8 +87,8 @@ class DoctorTest : public BinderTest {
 
     Report examine(const dovcommon::Transport& transport) {
         std::ostringstream out, err;
-        dovctl::Dovctl dovctl(
-                out, err, [] {}, [] {}, transport);
+        TestWaiter waiter;
+        dovctl::Dovctl dovctl({out}, {err}, waiter, transport);
         Report report{.code = dovctl.run({"doctor", "--json", "--timeout", "1000"}), .steps = {}};
         EXPECT_EQ(err.str(), "");
         std::istringstream(out.str()) >> report.steps;
@@ -94,18 +101,23 @@ class DoctorTest : public BinderTest {
     static void endService() { stopServing(); }
 };
 
-TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
+TEST_F(DoctorTest, firstFailedStepIsNamedWithItsCause) {
     const auto goOn = std::make_shared<std::latch>(1);
     struct Case {
         std::function<void()> arrange;
         std::string failure;
         int code;
     };
+    static const std::string fragment = folder() + "/malformed.xml";
     const std::string version = std::to_string(IMirx::version);
     const std::vector<Case> cases = {
             {[] { undeclare(); },
              "declared: no VINTF manifest declares " + std::string(kServiceName), 3},
-            {[] { declare(), endService(); },
+            {[] { std::ofstream(fragment) << "<manifest>"; },
+             "declared: no VINTF manifest declares " + std::string(kServiceName) +
+                     (overDriver() ? "" : "; " + fragment + ": "),
+             3},
+            {[] { std::filesystem::remove(fragment), declare(), endService(); },
              "running: it is declared, but no process has registered it", 3},
             {[] { serveAsItIs(serviceOfAnotherInterface()); },
              "running: what is registered is another interface", 3},
@@ -122,7 +134,7 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
             {[] {
                  serveAsItIs(serviceOf({IMirx::version + 1, "later"}));
              },
-             "init: init failed: ", 1},  // a later version is fine; this one has no operations
+             "init: init failed: ", 1},  // a later version is accepted, but it has no operations
             {[this] { serve(), service->failing = true; },
              "init: init failed: Status(-5, EX_ILLEGAL_STATE)", 1},
             {[this] { service->failing = false, service->answer = -1; },
@@ -142,7 +154,7 @@ TEST_F(DoctorTest, theFirstStepThatFailsIsNamedWithItsCause) {
     goOn->count_down();
 }
 
-TEST_F(DoctorTest, aServiceThatDoesAllItShouldIsWell) {
+TEST_F(DoctorTest, correctServicePassesEveryStep) {
     std::ostringstream printed;
     simulator::Journal journal{printed};
     serve(ndk::SharedRefBase::make<simulator::MirxService>(journal)->asBinder());
@@ -150,19 +162,19 @@ TEST_F(DoctorTest, aServiceThatDoesAllItShouldIsWell) {
     EXPECT_EQ(report.failure(), "");
     EXPECT_EQ(report.code, 0);
     EXPECT_EQ(report.steps.size(), 9u);
-    EXPECT_THAT(printed.str(), HasSubstr("ended    handle 1: released"));
+    EXPECT_THAT(printed.str(), testing::ContainsRegex("ended    handle [0-9]{9}: released"));
     endService();
 }
 
-TEST_F(DoctorTest, aDriverThatIsMissingIsTheFirstThingToFail) {
+TEST_F(DoctorTest, missingDriverFailsTheTransportStep) {
     const dovcommon::Transport driver = dovcommon::transport();
-    EXPECT_FALSE(driver.sockets) << "nothing else is linked into this program";
+    EXPECT_FALSE(driver.sockets) << "no other transport is linked into this program";
     if (driver.problem.empty()) GTEST_SKIP() << "this machine has a binder driver";
     EXPECT_EQ(examine(driver).failure(), "transport: /dev/binder: No such file or directory");
 }
 
-// The program itself, which finds its way by what is linked into it.
-TEST_F(DoctorTest, aFolderThatCannotBeUsedIsTheFirstThingToFail) {
+// The program itself, whose transport depends on what is linked into it.
+TEST_F(DoctorTest, unusableFolderFailsTheTransportStep) {
     if (overDriver()) GTEST_SKIP() << "about the folder of sockets";
     setenv("DOV_SERVICE_DIR", "/proc/none/such", 1);
     ChildProcess doctor(DOVCTL, {"doctor"});
@@ -171,12 +183,13 @@ TEST_F(DoctorTest, aFolderThatCannotBeUsedIsTheFirstThingToFail) {
     setenv("DOV_SERVICE_DIR", folder().c_str(), 1);
     EXPECT_THAT(doctor.readUntil("failed"),
                 testing::EndsWith("transport        /proc/none/such: No such file or directory"));
+    EXPECT_THAT(doctor.readUntil("  "), HasSubstr("mkdir -p -m 700 /proc/none/such"));
     EXPECT_EQ(doctor.wait(), 3);
     EXPECT_EQ(acquire.wait(), 3);
     EXPECT_EQ(simulator.wait(), 1);
 }
 
-TEST_F(DoctorTest, aStoppedServiceDoesNotHangTheDoctor) {
+TEST_F(DoctorTest, stoppedServiceDoesNotHangTheDoctor) {
     endService();
     ChildProcess simulator(MIRX_SIMULATOR);
     simulator.readUntil("serving");

@@ -12,6 +12,7 @@
 #include "tests/support/child_process.h"
 #include "tests/support/data.h"
 #include "tests/support/test_services.h"
+#include "tests/support/test_waiter.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -43,8 +44,8 @@ class DovctlTest : public BinderTest {
 
     Result run(const std::vector<std::string>& args) {
         std::ostringstream out, err;
-        dovctl::Dovctl dovctl(
-                out, err, [this, &out] { atInterrupt(out.str()); }, [] {});
+        TestWaiter waiter([this, &out] { atInterrupt(out.str()); });
+        dovctl::Dovctl dovctl({out}, {err}, waiter, {.sockets = true, .place = {}, .problem = {}});
         const int code = dovctl.run(args);
         return {code, out.str(), err.str()};
     }
@@ -55,7 +56,7 @@ class DovctlTest : public BinderTest {
     };
 };
 
-TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
+TEST_F(DovctlTest, wrongUsagePrintsOneLineAndExitsWithTwo) {
     struct Case {
         std::vector<std::string> args;
         std::string message;
@@ -64,7 +65,7 @@ TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
             {{"frobnicate"}, "unknown command 'frobnicate'"},
             {{"--frobnicate"}, "--frobnicate"},
             {{"acquire"}, "EVENT"},
-            {{"acquire", "one"}, "'one' is not a number"},
+            {{"acquire", "one"}, "'one' is neither a number nor an action"},
             {{"acquire", "1x"}, "'1x' is not a number"},
             {{"acquire", ""}, "'' is not a number"},
             {{"acquire", "0x-1"}, "'0x-1' is not a number"},
@@ -81,14 +82,20 @@ TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
             {{"platform-acquire", "--package", "p"}, "--resource"},
             {{"release"}, "HANDLE"},
             {{"release", "1", "x"}, "'x' is not a number"},
-            {{"acquire", "ACTION_LUNCH"}, "there is no action 'ACTION_LUNCH'"},
+            {{"acquire", "ACTION_LUNCH"}, "an action; did you mean ACTION_LAUNCH?"},
+            {{"aquire", "1"}, "did you mean acquire?"},
+            {{"acquire", "1", "--hodl"}, "did you mean --hold?"},
+            {{"res", "0x10"}, "0x00000010 has no value"},
+            {{"res", "0=5"}, "0x00000000 takes no value"},
+            {{"thermal", "1"}, "0x00000001 has no value"},
+            {{"state", "1", "/a"}, "not for both"},
             {{"listen"}, "either --opcode or --path"},
             {{"listen", "--opcode", "1", "--path", "/a"}, "either --opcode or --path"},
             {{"thermal"}, "levels or --listen"},
             {{"path", "/a"}, "'/a' has no value"},
             {{"path", "=1"}, "'=1' has no path"},
             {{"dump", "everything"}, "todo-queue"},
-            {{"record", "maybe"}, "there is no 'maybe'"},
+            {{"record", "maybe"}, "unknown 'maybe'"},
             {{"prop", "get", "a", "b"}, "get KEY"},
             {{"prop", "set", "a"}, "set KEY VALUE"},
     };
@@ -100,10 +107,10 @@ TEST_F(DovctlTest, wrongUsageIsOneClearLineAndTwo) {
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     }
     EXPECT_EQ(run({}).code, 2);
-    EXPECT_THAT(service->take(), IsEmpty()) << "nothing is sent when the usage is wrong";
+    EXPECT_THAT(service->take(), IsEmpty()) << "wrong usage must not send anything";
 }
 
-TEST_F(DovctlTest, helpIsThereOnEveryLevel) {
+TEST_F(DovctlTest, programAndCommandsPrintHelp) {
     const Result program = run({"--help"});
     EXPECT_EQ(program.code, 0);
     for (const char* command : {"init", "acquire", "res-acquire", "platform-acquire", "release"}) {
@@ -118,7 +125,7 @@ TEST_F(DovctlTest, helpIsThereOnEveryLevel) {
     EXPECT_EQ(run({"help", "frobnicate"}).code, 2);
 }
 
-TEST_F(DovctlTest, commandsSendWhatTheirOptionsSay) {
+TEST_F(DovctlTest, optionsDetermineTheRequest) {
     service->answer = 42;
     struct Case {
         std::vector<std::string> args;
@@ -148,10 +155,11 @@ TEST_F(DovctlTest, commandsSendWhatTheirOptionsSay) {
     }
 }
 
-// What a command sends: the operation, and its numbers, texts, data list or parcel.
-TEST_F(DovctlTest, everyCommandReachesItsOperation) {
+// `call`: the operation, and its numbers, texts, data list or parcel; empty: nothing is sent.
+TEST_F(DovctlTest, everyCommandCallsItsOperation) {
     service->answer = 3;
     service->state = {element(5, "50")};
+    service->state[0].path = "/a";
     const std::string pid = std::to_string(getpid());
     struct Case {
         std::vector<std::string> args;
@@ -159,7 +167,7 @@ TEST_F(DovctlTest, everyCommandReachesItsOperation) {
         std::string out;
     };
     const std::vector<Case> cases = {
-            {{"acquire", "VANTEL_ACTION_WFD", "--package", "p", "--duration", "5"},
+            {{"acquire", "vantel_Action_wfd", "--package", "p", "--duration", "5"},
              "request event acquire (8) duration=5 package=\"p\" identity=\"dovctl\" "
              "data=[{id=124}]",
              "3\n"},
@@ -213,11 +221,17 @@ TEST_F(DovctlTest, everyCommandReachesItsOperation) {
             {{"sa", "7"},
              "request scene control (2) handle=-1 pid=" + pid + " arg4=-1 data=[{id=7}]",
              "3\n"},
-            {{"res-release", "5"}, "release 5", ""},
-            {{"res-state", "5"},
+            {{"release", "5"}, "release 5", ""},
+            {{"release", "5", "--event"}, "release 5", ""},
+            {{"release", "5", "--scene"}, "release 5", ""},
+            {{"state", "5", "--low-level"},
              "stateRequest state query (0) pid=" + pid + " data=[{id=5 value=\"\"}]",
              "opcode      value\n0x00000005  50\n"},
-            {{"path-state", "/a", "--json"},
+            {{"state", "/a"},
+             "stateRequest state query (0) pid=" + pid +
+                     " texts=[\"zdbdebug\"] data=[{id=0 value=\"\" path=\"/a\"}]",
+             "path  value\n/a    50\n"},
+            {{"state", "/a", "--list", "--json"},
              "stateRequest state query (0) pid=" + pid +
                      " texts=[\"zdbdebug\"] data=[{id=0 path=\"/a\"}]",
              "[{\"path\":\"/a\",\"value\":\"50\"}]\n"},
@@ -227,7 +241,6 @@ TEST_F(DovctlTest, everyCommandReachesItsOperation) {
             {{"dump", "scenes"}, "request diagnostics (5) arg4=1 data=[{id=5}]", ""},
             {{"record", "off"}, "request diagnostics (5) arg4=1 data=[{id=11}]", ""},
             {{"prop", "set", "a", "b c"}, "propertySet a, b c", ""},
-            {{"prop", "get", "a", "--json"}, "propertyGet a", "{\"a\":\"\"}\n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.args));
@@ -240,16 +253,34 @@ TEST_F(DovctlTest, everyCommandReachesItsOperation) {
     }
 }
 
-TEST_F(DovctlTest, queriesThatGetNonsenseSaySo) {
-    service->state = {element(5, "many")};
-    for (const auto& args : {std::vector<std::string>{"power"}, {"feature", "1"}}) {
-        const Result result = run(args);
-        EXPECT_EQ(result.code, 1);
-        EXPECT_THAT(result.err, HasSubstr("makes no sense"));
-        EXPECT_THAT(result.out, IsEmpty());
+TEST_F(DovctlTest, eachBadAnswerHasItsOwnMessage) {
+    struct Case {
+        std::optional<std::string> answer;  // to each query and property
+        std::vector<std::string> args;
+        int code;
+        std::string message;
+    };
+    const std::string large(60000, 'x');
+    const std::vector<Case> cases = {
+            {"many", {"power"}, 5, "no number"},
+            {"many", {"feature", "1"}, 5, "no number"},
+            {"many", {"pm-status", "1"}, 5, "no number"},
+            {"9999999999", {"pm-status", "1"}, 5, "does not fit"},
+            {"9999999999", {"power"}, 5, "does not fit"},
+            {std::nullopt, {"dataset"}, 5, "has no value"},
+            {std::nullopt, {"state", "5", "6"}, 4, "no value: 0x00000005, 0x00000006"},
+            {std::string(256, 'x'), {"prop", "get", "a"}, 5, "has 256 characters"},
+            {"1", {"acquire", "1", "--identity", large}, 6, "too large for sockets"},
+            {"1", {"res", "1=" + large}, 6, "too large for sockets"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.message);
+        service->state = {element(5, c.answer)};
+        service->property = c.answer.value_or("");
+        const Result result = run(c.args);
+        EXPECT_EQ(result.code, c.code);
+        EXPECT_THAT(result.err, HasSubstr(c.message));
     }
-    service->state = {element(5, std::nullopt)};
-    EXPECT_EQ(run({"dataset"}).code, 1);
     service->state.clear();
     for (const auto& args : {std::vector<std::string>{"state", "5"},
                              {"history"},
@@ -257,16 +288,30 @@ TEST_F(DovctlTest, queriesThatGetNonsenseSaySo) {
                              {"pm-status", "1"},
                              {"dataset"},
                              {"feature", "1"},
-                             {"res-state", "1"}}) {
-        EXPECT_EQ(run(args).code, 1) << args[0];
+                             {"state", "/a"}}) {
+        EXPECT_EQ(run(args).code, 4) << args[0];
     }
 }
 
-TEST_F(DovctlTest, actionsAreListedWithThoseThatCannotBeReached) {
+TEST_F(DovctlTest, tooLargeMessageIsNotReportedAsDeath) {
+    if (overDriver()) GTEST_SKIP() << "the driver carries larger messages";
+    service->property =
+            service->state.emplace_back(element(5, std::string(60000, 'x'))).value.value();
+    // Only the number of values is known before they are sent, not their size.
+    std::vector<std::string> notify(5000, "1");
+    notify[0] = "notify";
+    for (const auto& args : {notify, {"dataset"}, {"top"}, {"prop", "get", "a"}}) {
+        const Result result = run(args);
+        EXPECT_EQ(result.code, 6) << args[0];
+        EXPECT_THAT(result.err, HasSubstr("too large")) << args[0];
+    }
+}
+
+TEST_F(DovctlTest, actionsMarksDuplicateNamesAsUnreachable) {
     const std::string all = run({"actions"}).out;
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 1 + 199);
     Json::Value json;
-    std::istringstream(run({"actions", "MULTI_SCENE", "--json"}).out) >> json;
+    std::istringstream(run({"actions", "multi_Scene", "--json"}).out) >> json;
     ASSERT_EQ(json.size(), 2u);
     EXPECT_EQ(json[0]["id"], 102);
     EXPECT_EQ(json[0]["reachable"], true);
@@ -274,12 +319,17 @@ TEST_F(DovctlTest, actionsAreListedWithThoseThatCannotBeReached) {
     EXPECT_EQ(json[1]["reachable"], false);
 }
 
-TEST_F(DovctlTest, jsonStandsWhateverTheServiceAnswers) {
+TEST_F(DovctlTest, jsonIsValidForAnyAnswer) {
     const std::string odd = "quote \" back\\slash \n tab\t \x01 \xc3\xa9";
     service->state = {element(1, odd)};
     Json::Value json;
     std::istringstream(run({"dataset", "--json"}).out) >> json;
     EXPECT_EQ(json[0]["value"].asString(), odd);
+    service->property = odd;
+    std::istringstream(run({"prop", "get", "a", "--json"}).out) >> json;
+    EXPECT_EQ(json["a"].asString(), odd);
+    EXPECT_THAT(run({"dataset", "--json"}).out, HasSubstr("\xc3\xa9")) << "UTF-8 is not escaped";
+    EXPECT_THAT(run({"dataset"}).out, HasSubstr("\\x0a tab\\x09 \\x01 \xc3\xa9"));
 }
 
 TEST_F(DovctlTest, listenPrintsChangesUntilCtrlCAndUnregisters) {
@@ -308,7 +358,7 @@ TEST_F(DovctlTest, oneWayPrintsTheHandleThatWasSent) {
     EXPECT_EQ(result.out, std::to_string(service->awaitCall().parcel.handle) + "\n");
 }
 
-TEST_F(DovctlTest, releaseTakesNegativeHandlesAndSeveral) {
+TEST_F(DovctlTest, releaseAcceptsSeveralAndNegativeHandles) {
     EXPECT_EQ(run({"release", "-1", "5"}).code, 0);
     const auto calls = service->take();
     ASSERT_EQ(calls.size(), 2u);
@@ -316,12 +366,12 @@ TEST_F(DovctlTest, releaseTakesNegativeHandlesAndSeveral) {
     EXPECT_THAT(calls[1].numbers, ElementsAre(5));
 }
 
-TEST_F(DovctlTest, holdReleasesWhatItAcquiredAfterCtrlC) {
+TEST_F(DovctlTest, ctrlCReleasesTheHold) {
     service->answer = 9;
     bool waited = false;
     atInterrupt = [&](const std::string& printed) {
         waited = true;
-        EXPECT_EQ(printed, "9\n") << "a script must have the handle while the hold lasts";
+        EXPECT_EQ(printed, "9\n") << "a script needs the handle while the hold lasts";
         EXPECT_EQ(service->take().size(), 1u);
     };
     EXPECT_EQ(run({"acquire", "1", "--hold"}).code, 0);
@@ -332,13 +382,20 @@ TEST_F(DovctlTest, holdReleasesWhatItAcquiredAfterCtrlC) {
     EXPECT_THAT(calls[0].numbers, ElementsAre(9));
 }
 
-TEST_F(DovctlTest, refusalAbsenceAndUndeclaredServiceAreToldApart) {
+TEST_F(DovctlTest, refusalAndAbsenceHaveTheirOwnExitCodes) {
     service->answer = -1;
     Result result = run({"acquire", "1"});
     EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.err, HasSubstr("refused"));
+    result = run({"release", "5"});
+    EXPECT_EQ(result.code, 4);
+    EXPECT_THAT(result.err, HasSubstr("handle 5 holds nothing"));
     service->failing = true;
-    EXPECT_EQ(run({"init"}).code, 1);
+    for (const auto& args : {std::vector<std::string>{"init"}, {"scene", "1", "1"}, {"power"}}) {
+        result = run(args);
+        EXPECT_EQ(result.code, 1) << args[0];
+        EXPECT_THAT(result.err, HasSubstr("reported an error"));
+    }
 
     stopServing();
     for (const auto& args :
@@ -354,7 +411,7 @@ TEST_F(DovctlTest, refusalAbsenceAndUndeclaredServiceAreToldApart) {
     EXPECT_THAT(result.err, HasSubstr("is not declared"));
 }
 
-TEST_F(DovctlTest, theLibrarysLogIsShownOnRequestOnly) {
+TEST_F(DovctlTest, onlyVerboseShowsTheLibrarysLog) {
     EXPECT_THAT(run({"acquire", "1"}).err, IsEmpty());
     const std::string line = "I [DOV_CLIENT] DovEventAcquire, cmdid:1, pkg:none, identity:dovctl\n";
     EXPECT_EQ(run({"-v", "acquire", "1"}).err, line);
@@ -367,12 +424,55 @@ TEST_F(DovctlTest, theLibrarysLogIsShownOnRequestOnly) {
 }
 
 // The program itself, with real signals.
-TEST_F(DovctlTest, ctrlCReleasesAHold) {
-    ChildProcess program(DOVCTL, {"acquire", "1", "--hold"});
-    EXPECT_EQ(program.readUntil(""), "1");
-    program.signal(SIGINT);
-    EXPECT_EQ(program.wait(), 0);
+TEST_F(DovctlTest, everyTerminatingSignalReleasesAHold) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ChildProcess program(DOVCTL, {"acquire", "1", "--hold"});
+        EXPECT_EQ(program.readUntil(""), "1");
+        program.signal(signal);
+        EXPECT_EQ(program.wait(), 0);
+        const auto calls = service->take();
+        ASSERT_EQ(calls.size(), 2u);
+        EXPECT_EQ(calls[1].operation, "release");
+    }
+}
+
+TEST_F(DovctlTest, handleThatCannotBePrintedIsReleased) {
+    std::ostringstream err;
+    std::ostream closed(nullptr);
+    TestWaiter waiter;
+    EXPECT_EQ(dovctl::Dovctl({closed}, {err}, waiter).run({"acquire", "1"}), 7) << err.str();
     const auto calls = service->take();
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[1].operation, "release");
+}
+
+// A handle or registration of the dead service must not reach the next one.
+TEST_F(DovctlTest, serviceDeathEndsHoldsAndListeners) {
+    stopServing();
+    auto simulator = startSimulator();
+    using Words = std::vector<std::string>;
+    const Words hold = {"res", "1=2", "--hold"};
+    const Words listen = {"listen", "--opcode", "0x01010010", "--json"};
+    const auto again = [](Words words) {
+        words.emplace_back("--reconnect");
+        return words;
+    };
+    ChildProcess holds(DOVCTL, hold), holdsAgain(DOVCTL, again(hold)), listens(DOVCTL, listen),
+            listensAgain(DOVCTL, again(listen)),
+            thermal(DOVCTL, again({"thermal", "--listen", "1"}));
+    holds.readUntil("");
+    holdsAgain.readUntil("");
+    for (int i = 0; i < 3; ++i) simulator->readUntil("listen ");
+    simulator->signal(SIGKILL);
+    EXPECT_EQ(holds.wait(), 3);
+    EXPECT_EQ(listens.wait(), 3);
+    simulator = startSimulator();
+    holdsAgain.readUntil("");
+    for (int i = 0; i < 2; ++i) simulator->readUntil("listen ");
+    EXPECT_EQ(run({"res", "0x01010010=5"}).code, 0);
+    EXPECT_THAT(listensAgain.readUntil(""), HasSubstr("\"5\""));
+    for (ChildProcess* program : {&holdsAgain, &listensAgain, &thermal}) {
+        program->signal(SIGINT);
+        EXPECT_EQ(program->wait(), 0);
+    }
 }

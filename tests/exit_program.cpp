@@ -1,6 +1,6 @@
-// A process that ends, or gives the library back, while all of it is in use: exit_program MODE
+// Exits or unloads the library while all of it is in use: exit_program MODE
 //
-// It says "ready" when it is what MODE says, and goes on at SIGUSR1.
+// Prints "ready" at the start and in the state that MODE names. Continues on SIGUSR1.
 #include <dlfcn.h>
 #include <signal.h>
 
@@ -20,7 +20,7 @@ struct Listener : IClientCallback {
     void onCallback(std::list<DovClient::Resource>) override {}
 };
 
-// The library's functions by name: unless it is loaded by hand, it cannot be given back.
+// The library, loaded with dlopen so that it can be unloaded, and its functions.
 struct Library {
     void* handle = dlopen(DOV_LIBRARY, RTLD_NOW);
 
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
     sigemptyset(&go);
     sigaddset(&go, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &go, nullptr);
-    ABinderProcess_startThreadPool();  // after that: its threads would take the signal
+    ABinderProcess_startThreadPool();  // after blocking the signal, or its threads would receive it
     const auto waitForGo = [&go] {
         std::puts("ready");
         std::fflush(stdout);
@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
         std::puts(dlerror());
         return 1;
     }
-    // Both bindings, a listener and a callback that the service has not called yet.
+    // Uses both bindings, a listener, and a callback that the service does not call yet.
     std::list<DovClient::Resource> resources = {{7, {}}};
     if (library.init() != 0 || library.listen(resources, 1, std::make_shared<Listener>()) == -1 ||
         library.request(-1, 0, 2, 0, 0, 1, std::make_shared<Listener>()) == -1) {
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 4; ++i) std::thread(call, library).detach();
         waitForGo();
     } else if (is("waiting")) {
-        // One waits for the service with the lock held, the others for the lock.
+        // One thread holds the lock and waits for the service; the others wait for the lock.
         for (int i = 0; i < 4; ++i) {
             std::thread([init = library.clientInit] {
                 while (true) init();

@@ -1,4 +1,4 @@
-// Processes that end, or give the library back, while listeners, callbacks and calls are under way.
+// Tests of processes that exit or unload the library while they use it.
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -9,7 +9,7 @@
 
 class ExitTest : public BinderTest {
   protected:
-    // Starts the program and lets it get as far as to what `mode` says, which `change` may prepare.
+    // Starts the program, runs `change`, and waits until it reaches the state that `mode` names.
     void start(
             const char* mode, int steps, const std::function<void()>& change = [] {}) {
         child = std::make_unique<ChildProcess>(EXIT_PROGRAM, std::vector<std::string>{mode});
@@ -20,13 +20,13 @@ class ExitTest : public BinderTest {
         child->readUntil("ready");
     }
 
-    // Tells it to end and gives its exit code; ended by force, it is no zero.
+    // Makes the program exit and returns its exit code. After a timeout it is not zero.
     int end() {
         child->signal(SIGUSR1);
         return child->wait(std::chrono::seconds(20));
     }
 
-    // What the child has handed over.
+    // The callback objects that the service has received from the program.
     std::vector<std::shared_ptr<IMirxCallback>> callbacks() {
         std::vector<std::shared_ptr<IMirxCallback>> result;
         for (const RecordedCall& call : service->take()) {
@@ -39,7 +39,7 @@ class ExitTest : public BinderTest {
     std::unique_ptr<ChildProcess> child;
 };
 
-TEST_F(ExitTest, whileItsCallbacksAreCalledAndItsServiceDies) {
+TEST_F(ExitTest, processExitsDuringCallbacksAndServiceDeath) {
     for (int round = 0; round < 10; ++round) {
         start("listening", 0);
         std::vector<std::thread> callers;
@@ -58,7 +58,7 @@ TEST_F(ExitTest, whileItsCallbacksAreCalledAndItsServiceDies) {
     }
 }
 
-TEST_F(ExitTest, inTheMiddleOfCalls) {
+TEST_F(ExitTest, processExitsDuringCalls) {
     for (int round = 0; round < 5; ++round) {
         start("calling", 1);
         std::this_thread::sleep_for(std::chrono::milliseconds(round));
@@ -68,16 +68,16 @@ TEST_F(ExitTest, inTheMiddleOfCalls) {
     }
 }
 
-// The lock is held by a thread that waits for the service; the notice of the service's death waits
-// for the lock, and so do further calls.
-TEST_F(ExitTest, whileAServiceIsWaitedForThatNeverComes) {
+// One thread waits for the service and holds the lock. The death notice and further calls wait for
+// that lock.
+TEST_F(ExitTest, processExitsWhileWaitingForTheService) {
     start("waiting", 1, [] { stopServing(); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(end(), 0);
 }
 
-// Binder threads run on in code that must stay where it is.
-TEST_F(ExitTest, theLibraryStaysWhenItIsGivenBack) {
+// Binder threads still execute the library's code, so it must stay mapped.
+TEST_F(ExitTest, libraryStaysLoadedAfterDlclose) {
     start("unloading", 1);
     const auto all = callbacks();
     ASSERT_EQ(all.size(), 2u);

@@ -1,4 +1,4 @@
-// A service that misuses the callback objects it was given.
+// Tests with a service that misuses the callback objects that it received.
 #include <thread>
 
 #include <android/binder_parcel_utils.h>
@@ -13,7 +13,7 @@ class HostileCallbackTest : public ClientTest {
   protected:
     ~HostileCallbackTest() override { mirxResListeningUnRegister(handle); }
 
-    // Registers `callback` and gives the object that the service got.
+    // Registers `callback` and returns the object that the service received.
     std::shared_ptr<IMirxCallback> listen(const std::shared_ptr<IClientCallback>& callback) {
         std::list<DovClient::Resource> resources = {{7, {}}};
         handle = mirxResListeningRegister(resources, 1, callback);
@@ -28,14 +28,14 @@ class HostileCallbackTest : public ClientTest {
     std::shared_ptr<Heard> heard = std::make_shared<Heard>();
 };
 
-TEST_F(HostileCallbackTest, afterTheEndOfARegistrationTheClientStillHearsAsLongAsTheServiceCalls) {
+TEST_F(HostileCallbackTest, unregisteredClientStillReceivesCallbacks) {
     const auto callback = listen(heard);
     EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
     EXPECT_TRUE(callback->onCallback({element(1)}).isOk());
     EXPECT_EQ(heard->take().size(), 1u);
 }
 
-TEST_F(HostileCallbackTest, aClientThatHasDroppedItsObjectIsStillCalledSafely) {
+TEST_F(HostileCallbackTest, clientOutlivesItsLastOwnReference) {
     auto listening = listen(heard);
     auto requested = request(heard);
     const std::weak_ptr<Heard> weak = std::exchange(heard, nullptr);
@@ -47,7 +47,7 @@ TEST_F(HostileCallbackTest, aClientThatHasDroppedItsObjectIsStillCalledSafely) {
     EXPECT_TRUE(eventually([&] { return weak.expired(); }));
 }
 
-TEST_F(HostileCallbackTest, twoThreadsAtOnceCallARegistrationOftenAndARequestUntilItHasLeft) {
+TEST_F(HostileCallbackTest, concurrentCallbacksAllReachTheClient) {
     constexpr int kCalls = 200;
     const auto listening = listen(heard);
     const auto requested = request(heard);
@@ -65,8 +65,8 @@ TEST_F(HostileCallbackTest, twoThreadsAtOnceCallARegistrationOftenAndARequestUnt
     EXPECT_EQ(waitingCallbacks(), 0u);
 }
 
-// The service calls while another thread ends the registration, and lets its object go as well.
-TEST_F(HostileCallbackTest, aCallbackMayMeetTheEndOfItsOwnRegistration) {
+// The service calls the object and releases it while another thread unregisters.
+TEST_F(HostileCallbackTest, callbackMayRaceWithItsUnregistration) {
     for (int round = 0; round < 50; ++round) {
         auto callback = listen(heard);
         ASSERT_NE(callback, nullptr);
@@ -78,7 +78,7 @@ TEST_F(HostileCallbackTest, aCallbackMayMeetTheEndOfItsOwnRegistration) {
     }
 }
 
-TEST_F(HostileCallbackTest, aCallbackMayEndItsOwnRegistration) {
+TEST_F(HostileCallbackTest, callbackMayUnregisterItself) {
     auto callback = listen(heard);
     const std::weak_ptr<Heard> weak = heard;
     heard->then = [this] { EXPECT_EQ(mirxResListeningUnRegister(handle), 1); };
@@ -87,11 +87,11 @@ TEST_F(HostileCallbackTest, aCallbackMayEndItsOwnRegistration) {
     service->take();
     callback.reset();
     EXPECT_TRUE(eventually([&] { return weak.expired(); }));
-    EXPECT_NE(listen(std::make_shared<Heard>()), nullptr) << "an entry was left";
+    EXPECT_NE(listen(std::make_shared<Heard>()), nullptr) << "an entry was not removed";
 }
 
-// What is no callback is refused, and the object goes on as if nothing had been.
-TEST_F(HostileCallbackTest, parcelsThatAreNoCallbackAreRefused) {
+// Malformed parcels are rejected, and the object still accepts valid ones.
+TEST_F(HostileCallbackTest, malformedCallbackParcelsAreRejected) {
     constexpr transaction_code_t kOnCallback = FIRST_CALL_TRANSACTION;
     const std::vector<std::vector<int32_t>> bad = {
             {},
@@ -126,14 +126,15 @@ TEST_F(HostileCallbackTest, parcelsThatAreNoCallbackAreRefused) {
     EXPECT_EQ(heard->take().size(), 1u);
 }
 
-TEST_F(HostileCallbackTest, dataOfAnySizeArrivesOrIsTheServicesFailure) {
+TEST_F(HostileCallbackTest, largeDataArrivesOrFailsTheServicesCall) {
     const auto callback = listen(heard);
-    // A character takes two bytes; sockets pass 100 KB on, the driver nearly 1 MB.
+    // A character takes two bytes. A parcel is limited to 100 KB over sockets and to 1 MB by the
+    // driver.
     const size_t most = overDriver() ? 500'000 : 50'000;
     for (const size_t size : {40'000u, 100'000u, 1'000'000u}) {
         const bool fits = size < most;
         EXPECT_EQ(callback->onCallback({element(1, std::string(size, 'x'))}).isOk(), fits);
         EXPECT_EQ(heard->take().size(), fits ? 1u : 0u);
     }
-    EXPECT_TRUE(eventually([] { return dovInit() == 0; })) << "calls do not go on";
+    EXPECT_TRUE(eventually([] { return dovInit() == 0; })) << "later calls fail";
 }

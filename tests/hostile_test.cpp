@@ -1,5 +1,4 @@
-// A service that breaks its contract: every operation meets every bad answer, fails cleanly and
-// works again with the next call.
+// Tests with a service that gives bad answers, does not answer, or dies during calls.
 #include <latch>
 #include <thread>
 
@@ -16,7 +15,7 @@
 
 namespace {
 
-constexpr int kN = 5;  // the one number that the operations are called with
+constexpr int kN = 5;  // the number that every operation is called with
 
 using Words = std::vector<int32_t>;
 
@@ -26,7 +25,7 @@ struct Answer {
     Words words = {};  // the reply
 };
 
-// Bad for every operation that waits for a reply.
+// Answers that are bad for every operation with a reply.
 std::vector<Answer> badAnswers() {
     std::vector<Answer> answers = {
             {"nothing at all"},
@@ -55,7 +54,7 @@ std::vector<Answer> badAnswers() {
     return answers;
 }
 
-// Bad for operations with this kind of reply: an OK and then something else than it should be.
+// Answers that are bad for operations with this kind of reply: an OK status and wrong data.
 std::vector<Answer> badAnswersTo(Reply reply) {
     const auto ok = [](const char* name, Words words) {
         words.insert(words.begin(), 0);
@@ -104,7 +103,7 @@ binder_status_t writeBad(const Answer& answer, AParcel* out) {
     return answer.status;
 }
 
-// Some operations tell their caller nothing, or nothing about failures.
+// Whether the caller can tell a failure. Some operations return nothing, or hide failures.
 bool tells(const Operation& operation) {
     return *operation.failed != '\0' && std::string(operation.name) != "DovNotifyWapper" &&
            operation.reply != Reply::kOneWay;
@@ -115,10 +114,10 @@ bool tells(const Operation& operation) {
 class HostileTest : public ClientTest {
   protected:
     void SetUp() override {
-        if (overDriver()) GTEST_SKIP() << "the relay passes on what the contract has, nothing else";
+        if (overDriver()) GTEST_SKIP() << "the relay forwards only valid calls and answers";
     }
 
-    // Serves `answer`, until the test ends.
+    // Serves `answer` until the test ends.
     void serveRaw(RawAnswer answer) {
         serve(makeRawService([live = mLive, answer = std::move(answer)](
                                      transaction_code_t code, const AParcel* in, AParcel* out) {
@@ -126,7 +125,7 @@ class HostileTest : public ClientTest {
         }));
     }
 
-    // Keeps the connection while neither binding does: making one takes longer than a call.
+    // Keeps the connection open while no binding uses it: connecting takes longer than a call.
     void keepConnection() {
         if (mConnection == nullptr || !mConnection->isBinderAlive()) {
             mConnection =
@@ -154,7 +153,7 @@ class HostileTest : public ClientTest {
     android::sp<android::IBinder> mConnection;
 };
 
-TEST_F(HostileTest, everyBadAnswerFailsTheCallAndTheNextOneWorks) {
+TEST_F(HostileTest, badAnswerFailsOnlyTheCurrentCall) {
     std::atomic<const Answer*> bad = nullptr;
     std::atomic<Reply> reply = Reply::kNone;
     serveRaw([&](transaction_code_t, const AParcel*, AParcel* out) {
@@ -186,14 +185,14 @@ TEST_F(HostileTest, everyBadAnswerFailsTheCallAndTheNextOneWorks) {
     }
 }
 
-// A later version of the service may say more than this one reads.
-TEST_F(HostileTest, whatIsSaidBeyondTheContractIsSkipped) {
+// A later version of the service may send more than this version reads.
+TEST_F(HostileTest, unknownFieldsAndExtraDataAreSkipped) {
     const Words replies[] = {
-            {0, 1, 1, 28, kN, 0, -1, -1, -1, 4711},  // one field more than this version has
-            {0, 1, 1, 12, kN, 0},  // an older service's element, which ends early
-            {0, 1, 1, 24, kN, 0, -1, -1, -1, 1, 2, 3, 4},  // more behind the list
+            {0, 1, 1, 28, kN, 0, -1, -1, -1, 4711},  // an additional field
+            {0, 1, 1, 12, kN, 0},  // an element of an older version, with fewer fields
+            {0, 1, 1, 24, kN, 0, -1, -1, -1, 1, 2, 3, 4},  // data after the list
             {-128, 8, 0, 1, 1, 24, kN, 0, -1, -1, -1},  // a fat header
-            {0, 1, 1, 24, kN, 0, 1 << 20, 0x610061},  // a text beyond the reply counts as absent
+            {0, 1, 1, 24, kN, 0, 1 << 20, 0x610061},  // a text beyond the reply: absent
     };
     const Words* words = nullptr;
     serveRaw([&](transaction_code_t, const AParcel*, AParcel* out) {
@@ -209,7 +208,34 @@ TEST_F(HostileTest, whatIsSaidBeyondTheContractIsSkipped) {
     }
 }
 
-TEST_F(HostileTest, aServiceThatDoesNotAnswerHoldsUpNobodyElse) {
+// A list of three elements ends after the first. libbinder has already allocated three.
+TEST_F(HostileTest, truncatedReplyIsLoggedWithItsSize) {
+    serveRaw([](transaction_code_t, const AParcel*, AParcel* out) {
+        return writeBad({"", STATUS_OK, {0, 3, 1, 24, kN, 0, -1, -1, -1}}, out);
+    });
+    std::string history;
+    std::vector<DovClient::Resource> resources = {{kN, "kept"}};
+    const struct {
+        std::function<int32_t()> query;
+        std::string lastLine;
+    } cases[] = {
+            {[&] { return DovGetHistory(history); },
+             "failed to get history or return vector empty, data vector size 3"},
+            {[] { return DovGetPMStatus(4); },
+             "failed to get power mode status, mode 4, data vector size 3"},
+            {[] { return DovGetFeatureStatus(kN); }, "failed to get resource value, 3"},
+            {[&] { return DovMutiResStateRequest(resources); },
+             "DovMutiResStateRequest() failed : mirx HAL service not available"},
+    };
+    for (const auto& c : cases) {
+        log.take();
+        EXPECT_EQ(c.query(), -1);
+        EXPECT_EQ(log.take().back().text, c.lastLine);
+    }
+    EXPECT_EQ(resources[0].value, "kept");
+}
+
+TEST_F(HostileTest, unansweredCallDoesNotBlockOtherCalls) {
     for (const Operation& operation : operations()) {
         if (operation.reply == Reply::kOneWay) continue;
         SCOPED_TRACE(operation.name);
@@ -234,18 +260,18 @@ TEST_F(HostileTest, aServiceThatDoesNotAnswerHoldsUpNobodyElse) {
         letGo.count_down();
         caller.join();
         if (tells(operation)) {
-            EXPECT_NE(outcome, operation.failed) << "a late answer counts";
+            EXPECT_NE(outcome, operation.failed) << "a late answer was lost";
         }
     }
 }
 
-// The socket transport carries no more than 100 KB at once, the driver no more than 1 MB. What does
-// not fit is a failed call, and may cost the connection; the call after it has one again.
-TEST_F(HostileTest, parcelsOfAnySizeComeThroughOrFailTheCall) {
+// A parcel is limited to 100 KB over sockets and to 1 MB by the driver. A larger one fails the call
+// and may close the connection. The next call connects again.
+TEST_F(HostileTest, largeParcelsArriveOrFailTheCall) {
     using Resources = std::list<DovClient::Resource>;
     const struct {
         const char* name;
-        size_t largest;  // a character takes two bytes, an element of a list 40
+        size_t largest;  // a character takes two bytes, an element 40
         std::function<bool(size_t size)> call;
     } cases[] = {
             {"a value", 40'000,
@@ -286,9 +312,9 @@ TEST_F(HostileTest, parcelsOfAnySizeComeThroughOrFailTheCall) {
     }
 }
 
-// The service ends at every step: while it is looked up, asked for its name, called, while it calls
-// back and while it answers. Every call ends, and those that follow find its successor.
-TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
+// The service dies during a look-up, a query of its interface, a call, a callback and an answer.
+// Every call must return, and later calls must reach the next service.
+TEST_F(HostileTest, callsSurviveAServiceDeathAtAnyByte) {
     const std::string registration = hostbinder::registrationPath(folder(), kServiceName);
     service->whenCalled([this](const std::string& operation) {
         if (operation != "listeningRegister") return;
@@ -296,7 +322,7 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
             if (call.callback) call.callback->onCallback({element(1)});
         }
     });
-    // Talks through both bindings; gives what a registration came to.
+    // Calls through both bindings. Returns the result of a registration.
     const auto talk = [](int n) {
         dovInit();
         DovEventAcquire(1, "p", "i", 0, {});
@@ -308,7 +334,7 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
         return registered;
     };
     const auto passing = [&](size_t bytes, int n) {
-        // Nothing is bound, or the old connections would be used.
+        // Empties both bindings, so that they make new connections.
         service->failing = true;
         dovInit();
         mirxHalclient::mirx_init();
@@ -329,7 +355,7 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
         const int before = passing(all * static_cast<size_t>(step) / kSteps, n).second;
         EXPECT_TRUE(eventually([] { return dovInit() == 0; }));
         EXPECT_TRUE(eventually([] { return mirxHalclient::mirxResCtlRelease(1) != -1; }));
-        // What the caller was told is in the registry, and nothing else: it takes no second one.
+        // The registry holds exactly what the caller was told: only a failure can be repeated.
         if (before != -1) {
             EXPECT_EQ(talk(n), -1);
         } else {
@@ -338,9 +364,8 @@ TEST_F(HostileTest, aServiceMayEndAtAnyStep) {
     }
 }
 
-// A connection that is cut while it is made ends neither side, wherever that happens: here every
-// byte of a look-up is the last one.
-TEST_F(HostileTest, aConnectionMayEndWhileItIsMade) {
+// Cuts the connection after each byte of a look-up. Neither process may crash.
+TEST_F(HostileTest, cutDuringConnectEndsNeitherSide) {
     const std::string registration = hostbinder::registrationPath(folder(), kServiceName);
     const auto connecting = [&](size_t bytes) {
         CutConnection connection(registration, bytes, [] {});

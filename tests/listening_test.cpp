@@ -1,4 +1,4 @@
-// Listening registrations: what is sent, which are duplicates, what is left of them; state queries.
+// Tests of listening registrations and state queries.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -43,7 +43,7 @@ int thermal(const Ids& ids) {
 
 class ListeningTest : public ClientTest {};
 
-TEST_F(ListeningTest, aRegistrationByIdSendsItsResources) {
+TEST_F(ListeningTest, registrationSendsItsResources) {
     std::list<DovClient::Resource> resources = {{5, "7"}, {0, "x"}, {6, std::nullopt}};
     service->answer = 21;
     EXPECT_EQ(mirxResListeningRegister(resources, 9, std::make_shared<Heard>()), 21);
@@ -55,7 +55,7 @@ TEST_F(ListeningTest, aRegistrationByIdSendsItsResources) {
                       .toString());
 }
 
-TEST_F(ListeningTest, theSameListIsRegisteredOnce) {
+TEST_F(ListeningTest, duplicateListIsNotRegisteredAgain) {
     using Register = std::function<int()>;
     const auto id = [](Ids ids) { return [=] { return byId(ids); }; };
     const auto path = [](Paths p) { return [=] { return byPath(p); }; };
@@ -97,7 +97,7 @@ TEST_F(ListeningTest, theSameListIsRegisteredOnce) {
     }
 }
 
-TEST_F(ListeningTest, unregisterForgetsEveryEntryWithTheHandle) {
+TEST_F(ListeningTest, unregisterRemovesEveryEntryWithTheHandle) {
     service->answer = 5;
     byId({1});
     byPath({"/a"});
@@ -111,15 +111,15 @@ TEST_F(ListeningTest, unregisterForgetsEveryEntryWithTheHandle) {
     EXPECT_THAT(clientLines(),
                 ElementsAre(info("mirx client mirxResListeningUnRegister"), kUnknown));
     const RecordedCall call = service->take().back();
-    EXPECT_EQ(call.operation, "listeningUnregister") << "an unknown handle is passed on";
+    EXPECT_EQ(call.operation, "listeningUnregister") << "an unknown handle was not sent";
     EXPECT_THAT(call.numbers, ElementsAre(5));
     EXPECT_EQ(byId({1}), -2);
     EXPECT_EQ(byPath({"/a"}), -2);
     EXPECT_EQ(byId({2}), -2);
-    EXPECT_EQ(byId({3}), -1) << "another handle's entry was forgotten too";
+    EXPECT_EQ(byId({3}), -1) << "the entry of another handle was removed too";
 }
 
-TEST_F(ListeningTest, unregisterForgetsWhateverTheServiceAnswersButNeedsOne) {
+TEST_F(ListeningTest, unregisterRemovesEntriesOnlyIfItCalls) {
     ASSERT_EQ(byId({1}), 1);
     service->failing = true;
     log.take();
@@ -135,7 +135,7 @@ TEST_F(ListeningTest, unregisterForgetsWhateverTheServiceAnswersButNeedsOne) {
     undeclare();
     EXPECT_EQ(mirxResListeningUnRegister(1), -1);
     declare();
-    EXPECT_EQ(byId({1}), -1) << "forgotten although the service was never told";
+    EXPECT_EQ(byId({1}), -1) << "the entry was removed without a call to the service";
 }
 
 TEST_F(ListeningTest, registrationsOutliveTheService) {
@@ -152,7 +152,7 @@ TEST_F(ListeningTest, registrationsOutliveTheService) {
     EXPECT_EQ(byId({1}), 1);
 }
 
-TEST_F(ListeningTest, thermalEntriesOutliveTheirUnregistration) {
+TEST_F(ListeningTest, thermalEntriesRemainAfterUnregistering) {
     service->answer = 7;
     EXPECT_EQ(thermal({1, 2}), 7);
     const RecordedCall call = theCall();
@@ -167,7 +167,7 @@ TEST_F(ListeningTest, thermalEntriesOutliveTheirUnregistration) {
     EXPECT_EQ(byId({1, 2}), -4);
 }
 
-TEST_F(ListeningTest, stateIsAppendedWithEveryValuePresent) {
+TEST_F(ListeningTest, stateQueryAppendsAndFillsAbsentValues) {
     std::list<DovClient::Resource> wanted = {{5, std::nullopt}, {6, "x"}}, out = {{1, "kept"}};
     MirxRequestData other = element(7, "a,b");
     other.path = "/ignored";

@@ -1,4 +1,4 @@
-// Runs the tests of one tier.
+// The main function of the test programs.
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -6,12 +6,12 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    // Death tests run the program again instead of forking one that has binder threads.
-    // An emulator cannot do that.
+    // Death tests start the program again: forking it would be unsafe with binder threads. An
+    // emulator cannot start it again.
     if (getenv("DOV_EMULATOR") == nullptr) GTEST_FLAG_SET(death_test_style, "threadsafe");
     const int result = RUN_ALL_TESTS();
 #if __has_feature(thread_sanitizer)
-    // Threads of the transport may still deliver notices while static destructors run.
+    // Skips the static destructors: the transport's threads may still deliver death notices.
     _exit(result);
 #endif
     return result;

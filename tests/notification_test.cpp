@@ -1,4 +1,4 @@
-// What notifications and rules send, return and log.
+// Tests of notifications and rules: what they send, return and log.
 #include <dov/dov.h>
 
 #include <functional>
@@ -23,7 +23,7 @@ const std::vector<int32_t> kAnswers = {0, 1, -1, -7, INT32_MAX, INT32_MIN};
 
 class NotificationTest : public BinderTest {};
 
-TEST_F(NotificationTest, aNotificationTellsOnlyHowManyValuesThereAre) {
+TEST_F(NotificationTest, notificationSendsOnlyTheNumberOfValues) {
     const std::vector<std::pair<std::vector<int32_t>, size_t>> cases = {
             {{}, 1}, {{7}, 1}, {{7, 9}, 2}, {std::vector<int32_t>(1000, INT32_MIN), 1000}};
     for (const auto& [values, elements] : cases) {
@@ -44,14 +44,14 @@ TEST_F(NotificationTest, aNotificationTellsOnlyHowManyValuesThereAre) {
     }
 }
 
-TEST_F(NotificationTest, anAcceptedNotificationIsZeroWhateverTheAnswer) {
+TEST_F(NotificationTest, answeredNotificationReturnsZero) {
     for (const int32_t answer : kAnswers) {
         service->answer = answer;
         EXPECT_EQ(DovNotify(1, 2, {3}), 0);
     }
 }
 
-TEST_F(NotificationTest, systemInformationIsPassedOnWithoutALine) {
+TEST_F(NotificationTest, systemInfoIsSentWithoutALogLine) {
     for (const int32_t answer : kAnswers) {
         service->answer = answer;
         EXPECT_EQ(setRelatedSysInfo(INT32_MIN, answer), answer);
@@ -63,7 +63,7 @@ TEST_F(NotificationTest, systemInformationIsPassedOnWithoutALine) {
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
-TEST_F(NotificationTest, aRuleCarriesItsResources) {
+TEST_F(NotificationTest, ruleSendsItsResources) {
     const std::vector<std::vector<DovClient::Resource>> lists = {
             {}, {{0x1010010, "7"}, {-1, std::nullopt}, {0, ""}}};
     for (const auto& resources : lists) {
@@ -81,7 +81,7 @@ TEST_F(NotificationTest, aRuleCarriesItsResources) {
     }
 }
 
-TEST_F(NotificationTest, withoutTheServiceTheyReturnMinusOne) {
+TEST_F(NotificationTest, failedCallsReturnMinusOne) {
     struct Case {
         std::string name;
         std::function<int32_t()> call;
@@ -105,7 +105,7 @@ TEST_F(NotificationTest, withoutTheServiceTheyReturnMinusOne) {
         EXPECT_EQ(c.call(), -1);
         EXPECT_EQ(log.take(), lines);
 
-        undeclare();  // the failed call has dropped the proxy, so this is noticed
+        undeclare();  // the failed call has dropped the proxy, so the next one binds
         service->take();
         lines = c.entry;
         lines.push_back(

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the manual page and runs the completion in bash: pages.sh MAN_PAGE COMPLETION DOVCTL
+# Checks the manual page and the bash completion: pages.sh MAN_PAGE COMPLETION DOVCTL
 set -euo pipefail
 DOV_SERVICE_DIR=$(mktemp -d)
 export DOV_SERVICE_DIR
@@ -13,7 +13,7 @@ warnings=$(groff -man -Tutf8 -ww "$1" 2>&1 > /dev/null)
 . "$2"
 complete -p dovctl > /dev/null
 
-# What is offered at the end of a command line: complete_line WORD...
+# Prints the completions of the last word of a command line: complete_line WORD...
 complete_line() {
     COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
     _dovctl

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include "simulator/describe.h"
+#include "tests/support/data.h"
 
 using simulator::Profile;
 
@@ -22,7 +23,7 @@ class ProfileTest : public testing::Test {
     std::optional<Profile> read(const std::string& text) {
         std::ofstream(mFile) << text;
         auto profile = Profile::read(mFile, &error);
-        // What counts is what follows the file's name.
+        // Compares the text after the file's name.
         if (error.starts_with(mFile + ":")) error.erase(0, mFile.size() + 1);
         return profile;
     }
@@ -69,7 +70,7 @@ TEST_F(ProfileTest, badProfilesAreRefusedWithTheLineAndTheReason) {
              "1: <rule> status=\"0\" ends a rule and can set nothing"},
             {"<profile>\n<rule id=\"1\">" + resource + "</rule>\n<rule id=\"0x1\">" + resource +
                      "</rule></profile>",
-             "3: <rule> stands here for the second time"},
+             "3: <rule> may appear only once"},
             {inEvent(""), "2: <event> sets nothing"},
             {inEvent("<setting/>"), "3: <setting> is not <resource>"},
             {inEvent("<resource value=\"1\"/>"),
@@ -98,7 +99,7 @@ TEST_F(ProfileTest, badProfilesAreRefusedWithTheLineAndTheReason) {
 
 TEST_F(ProfileTest, theExampleOfTheDocumentMeansWhatItSays) {
     std::stringstream document;
-    document << std::ifstream(DOV_SOURCES "/docs/profiles.md").rdbuf();
+    document << std::ifstream(sourceFile("docs/profiles.md")).rdbuf();
     std::string example = document.str();
     example.erase(0, example.find("```xml\n") + 7);
     example.erase(example.find("```\n"));
@@ -118,5 +119,5 @@ TEST_F(ProfileTest, theExampleOfTheDocumentMeansWhatItSays) {
 }
 
 TEST_F(ProfileTest, theSampleIsAProfile) {
-    EXPECT_TRUE(Profile::read(DOV_SOURCES "/simulator/profile.xml", &error)) << error;
+    EXPECT_TRUE(Profile::read(sourceFile("simulator/profile.xml"), &error)) << error;
 }

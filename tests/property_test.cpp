@@ -1,4 +1,4 @@
-// Reading and writing the service's properties.
+// Tests of reading and writing the service's properties.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -12,7 +12,7 @@ class PropertyTest : public ClientTest {
     }
 };
 
-TEST_F(PropertyTest, valuesComeAsTexts) {
+TEST_F(PropertyTest, valueEndsAtTheFirstZeroCharacter) {
     const std::pair<std::string, std::string> cases[] = {
             {"", ""},
             {"value", "value"},
@@ -31,12 +31,12 @@ TEST_F(PropertyTest, valuesComeAsTexts) {
     }
 }
 
-TEST_F(PropertyTest, aValueThatDoesNotFitEndsTheProcess) {
+TEST_F(PropertyTest, valueOver255CharactersAbortsTheProcess) {
     service->property = std::string(256, 'x');
     EXPECT_DEATH(mirxPropertyGet("key"), "a value of 256 characters does not fit into 255");
 }
 
-TEST_F(PropertyTest, withoutAnAnswerTheTextIsEmpty) {
+TEST_F(PropertyTest, failedReadReturnsAnEmptyText) {
     service->property = "never seen";
     service->failing = true;
     EXPECT_EQ(get("key"), "");
@@ -49,7 +49,7 @@ TEST_F(PropertyTest, withoutAnAnswerTheTextIsEmpty) {
                                         info("mirxPropertyGet  ")));
 }
 
-TEST_F(PropertyTest, writingPassesTheAnswerOn) {
+TEST_F(PropertyTest, writeReturnsTheServicesAnswer) {
     service->answer = -3;
     EXPECT_EQ(mirxPropertySet("key", ""), -3);
     const RecordedCall call = theCall();

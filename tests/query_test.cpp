@@ -1,4 +1,4 @@
-// What the queries ask, and what they make of every shape of reply.
+// Tests of the queries: what they send, and how they read every kind of reply.
 #include <dov/dov.h>
 
 #include <functional>
@@ -49,9 +49,9 @@ class QueryTest : public BinderTest {
         int32_t requestType;
         Data sent;
         std::optional<std::string> package;
-        Lines entry;  // logged in any case
-        Lines calling;  // logged when the service is there
-        Lines empty;  // logged when there is no reply
+        Lines entry;  // always logged
+        Lines calling;  // logged before the call to a bound service
+        Lines empty;  // logged if the reply is empty
     };
 
     std::vector<Resource> list;
@@ -131,7 +131,7 @@ TEST_F(QueryTest, eachSendsItsRequestAndFailsOnAnEmptyReply) {
     }
 }
 
-TEST_F(QueryTest, withoutTheServiceEachReturnsMinusOne) {
+TEST_F(QueryTest, failedQueriesReturnMinusOne) {
     const Lines unbound = {error("Mirx is not declared, AServiceManager_isDeclared:0"),
                            error("dov_get_mirx_hal_and_link_to_death error:-1")};
     for (const Query& query : queries) {
@@ -144,7 +144,7 @@ TEST_F(QueryTest, withoutTheServiceEachReturnsMinusOne) {
         EXPECT_EQ(query.call(), -1);
         EXPECT_EQ(log.take(), query.entry + query.calling + failed + query.empty);
 
-        undeclare();  // the failed call has dropped the proxy, so this is noticed
+        undeclare();  // the failed call has dropped the proxy, so the next one binds
         service->take();
         EXPECT_EQ(query.call(), -1);
         EXPECT_EQ(log.take(), query.entry + unbound);
@@ -157,7 +157,7 @@ TEST_F(QueryTest, withoutTheServiceEachReturnsMinusOne) {
     }
 }
 
-TEST_F(QueryTest, numbersAreReadAsEachQueryReadsThem) {
+TEST_F(QueryTest, eachQueryParsesItsNumber) {
     const std::string invalid = "Invalid argument exception: ";
     const std::string outOfRange = "Out of range exception: ";
     struct Case {
@@ -219,10 +219,10 @@ TEST_F(QueryTest, numbersAreReadAsEachQueryReadsThem) {
         EXPECT_EQ(outcome([] { return DovGetFeatureStatus(3); }), c.feature);
         EXPECT_EQ(log.take(), Lines{info("DovGetFeatureStatus enter")} + c.featureLines);
     }
-    EXPECT_EQ(services().declarationChecks, bound) << "an unreadable reply unbinds nothing";
+    EXPECT_EQ(services().declarationChecks, bound) << "an unreadable reply dropped the proxy";
 }
 
-TEST_F(QueryTest, resourcesTakeTheValuesOfTheReply) {
+TEST_F(QueryTest, resourcesGetTheValuesOfTheReply) {
     const LogLine unmatched = info("not match any opcode in dovcore");
     const auto got = [](const std::string& text) { return debug("get resource value, " + text); };
     struct Case {
@@ -243,7 +243,7 @@ TEST_F(QueryTest, resourcesTakeTheValuesOfTheReply) {
              2,
              {{0x10, "old"}, {0x20, "20"}, {-1, ""}},
              {unmatched, got("opcode 0x00000020, value 20"), got("opcode 0xffffffff, value ")}},
-            // The first element with the opcode counts, also when it has no value.
+            // The first element with the opcode applies, even without a value.
             {{{0x10, "old"}, {0x10, std::nullopt}},
              {element(0x10), element(0x10, "late")},
              0,
@@ -266,7 +266,7 @@ TEST_F(QueryTest, resourcesTakeTheValuesOfTheReply) {
     }
 }
 
-TEST_F(QueryTest, anEmptyListOfResourcesIsNotSent) {
+TEST_F(QueryTest, emptyResourceListIsNotSent) {
     std::vector<Resource> none;
     service->state = {element(1, "1")};
     EXPECT_EQ(DovMutiResStateRequest(none), -1);
@@ -276,7 +276,7 @@ TEST_F(QueryTest, anEmptyListOfResourcesIsNotSent) {
     EXPECT_THAT(none, IsEmpty());
 }
 
-TEST_F(QueryTest, oneResourceKeepsItsTextWithoutAnAnswer) {
+TEST_F(QueryTest, singleQueryKeepsItsValueWithoutAnAnswer) {
     struct Case {
         int32_t opcode;
         Data reply;
@@ -316,7 +316,7 @@ TEST_F(QueryTest, oneResourceKeepsItsTextWithoutAnAnswer) {
     EXPECT_EQ(value, "kept");
 }
 
-TEST_F(QueryTest, historyIsJoined) {
+TEST_F(QueryTest, historyEntriesAreJoined) {
     const std::vector<std::pair<std::vector<std::optional<std::string>>, std::string>> cases = {
             {{"a", "b"}, "start:a;b;end"},
             {{std::nullopt}, "start:none;end"},
@@ -338,7 +338,7 @@ TEST_F(QueryTest, historyIsJoined) {
     }
 }
 
-TEST_F(QueryTest, aDatasetIsAppendedUpToAnEntryWithoutAValue) {
+TEST_F(QueryTest, datasetEndsAtAnEntryWithoutAValue) {
     std::vector<Resource> dataset = {{1, "one"}, {2, std::nullopt}};
     service->state = {element(1, "again"), element(-3, "")};
     EXPECT_EQ(Dov_fetch_dataset(dataset), 4);

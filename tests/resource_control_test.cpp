@@ -1,4 +1,4 @@
-// What resource control sends, what it refuses and what it returns.
+// Tests of resource control: what it sends, rejects and returns.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -11,7 +11,7 @@ class ResourceControlTest : public ClientTest {
     std::shared_ptr<IClientCallback> callback = std::make_shared<Heard>();
 };
 
-TEST_F(ResourceControlTest, theFormsFillInWhatTheyLeaveOut) {
+TEST_F(ResourceControlTest, shorterFormsSendDefaults) {
     Resources list = {{0x1010010, "7"}, {0, std::nullopt}, {static_cast<int32_t>(0xf0000001), "x"}};
     const std::vector<MirxRequestData> data = {element(0x1010010, "7"), element(0, ""),
                                                element(static_cast<int32_t>(0xf0000001), "x")};
@@ -41,7 +41,7 @@ TEST_F(ResourceControlTest, theFormsFillInWhatTheyLeaveOut) {
     }
 }
 
-TEST_F(ResourceControlTest, flagsAndDurationsArriveAsTheyAreMeant) {
+TEST_F(ResourceControlTest, positiveFlagsAreTrueAndDurationsUnchanged) {
     Resources none;
     const struct {
         int flag;
@@ -58,7 +58,7 @@ TEST_F(ResourceControlTest, flagsAndDurationsArriveAsTheyAreMeant) {
     }
 }
 
-TEST_F(ResourceControlTest, listsThatDoNotFitAreRefused) {
+TEST_F(ResourceControlTest, listsWithUnmatchedValuesAreRejected) {
     const struct {
         Resources list;
         bool valid;
@@ -90,10 +90,10 @@ TEST_F(ResourceControlTest, listsThatDoNotFitAreRefused) {
                             error("mirx client mirx_resctl_request ERROR: size unmatched for id "
                                   "and value ")));
     }
-    EXPECT_EQ(waitingCallbacks(), 6u) << "a refused request must not leave its callback";
+    EXPECT_EQ(waitingCallbacks(), 6u) << "a rejected request left its callback";
 }
 
-TEST_F(ResourceControlTest, withoutAServiceAListIsNotLookedAt) {
+TEST_F(ResourceControlTest, listIsNotCheckedWithoutAService) {
     undeclare();
     Resources wrong = {{0, "1"}};
     EXPECT_EQ(mirxResCtlRequest(1, wrong, 2), -1);
@@ -102,7 +102,7 @@ TEST_F(ResourceControlTest, withoutAServiceAListIsNotLookedAt) {
                             error("Mirx is not declared, AServiceManager_isDeclared:0")));
 }
 
-TEST_F(ResourceControlTest, releasePassesHandleAndAnswerOn) {
+TEST_F(ResourceControlTest, releaseSendsTheHandleAndReturnsTheAnswer) {
     for (const int handle : {-1, 0, INT32_MAX, INT32_MIN}) {
         service->answer = handle / 2;
         EXPECT_EQ(mirxResCtlRelease(handle), handle / 2);
@@ -112,7 +112,7 @@ TEST_F(ResourceControlTest, releasePassesHandleAndAnswerOn) {
     }
 }
 
-TEST_F(ResourceControlTest, aServiceThatDiesDuringTheCallIsReported) {
+TEST_F(ResourceControlTest, deadServiceIsLoggedAndTheNextCallBinds) {
     const HeldBackDeath unheard;
     Resources none;
     ASSERT_EQ(mirxResCtlRequest(1, none, 2), 1);

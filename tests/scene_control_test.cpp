@@ -1,4 +1,4 @@
-// What scene control sends and returns.
+// Tests of scene control: what it sends and returns.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -6,7 +6,7 @@ using testing::ElementsAre;
 
 class SceneControlTest : public ClientTest {};
 
-TEST_F(SceneControlTest, sendsItsSceneAsTheOnlyElement) {
+TEST_F(SceneControlTest, sendsTheSceneAsTheOnlyElement) {
     std::shared_ptr<IClientCallback> callback = std::make_shared<Heard>();
     const struct {
         int handle, duration, saId, arg4, flag, pid;
@@ -33,7 +33,7 @@ TEST_F(SceneControlTest, sendsItsSceneAsTheOnlyElement) {
     EXPECT_EQ(theParcel(), control(2, -1, 5000, -1, false, 1234, {element(7)}).toString());
 }
 
-TEST_F(SceneControlTest, releasePassesHandleAndAnswerOn) {
+TEST_F(SceneControlTest, releaseSendsTheHandleAndReturnsTheAnswer) {
     service->answer = -9;
     EXPECT_EQ(mirxSACtlRelease(-1), -9);
     const RecordedCall call = theCall();

@@ -1,5 +1,4 @@
-// The service manager over sockets: what it says is declared, what it serves, and whom it keeps
-// out.
+// The service manager over sockets: declarations, registrations, look-ups and access.
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include <android/binder_manager.h>
 
 #include "host/services/socket_service_manager.h"
+#include "host/services/vintf_manifest.h"
 #include "tests/support/holdings.h"
 #include "tests/support/test_services.h"
 
@@ -20,7 +20,7 @@ using hostbinder::SocketServiceManager;
 class ServicesTest : public BinderTest {
   protected:
     void SetUp() override {
-        if (overDriver()) GTEST_SKIP() << "about the service manager over sockets";
+        if (overDriver()) GTEST_SKIP() << "tests the service manager over sockets";
     }
     static SocketServiceManager& services() {
         return static_cast<SocketServiceManager&>(*android::defaultServiceManager());
@@ -36,7 +36,20 @@ class ServicesTest : public BinderTest {
     }
 };
 
-TEST_F(ServicesTest, fragmentsDeclareInstancesInBothSpellings) {
+using PlainServiceTest = BinderTest;
+
+TEST_F(PlainServiceTest, servesUntilItsProcessEnds) {
+    stopServing();
+    ChildProcess program(PLAIN_SERVICE);
+    program.readUntil("serving");
+    const ndk::SpAIBinder binder(AServiceManager_checkService(kServiceName));
+    ASSERT_NE(binder.get(), nullptr);
+    EXPECT_EQ(AIBinder_ping(binder.get()), STATUS_OK);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(std::chrono::seconds(20)), -SIGTERM);
+}
+
+TEST_F(ServicesTest, fragmentsDeclareInstancesInBothForms) {
     undeclare();
     struct Case {
         std::string fragment;
@@ -67,21 +80,25 @@ TEST_F(ServicesTest, fragmentsDeclareInstancesInBothSpellings) {
     EXPECT_EQ(instances[1], String16("y"));
 }
 
-TEST_F(ServicesTest, anUndeclaredServiceIsRefused) {
+TEST_F(ServicesTest, undeclaredServiceIsRefused) {
     EXPECT_EQ(AServiceManager_addService(service->asBinder().get(), "a.b.IFoo/default"),
               STATUS_PERMISSION_DENIED);
     EXPECT_EQ(services().listServices(0).size(), 1u);
+    EXPECT_EQ(hostbinder::declareInstance(folder(), "a.b.IFoo/default"), "");
+    EXPECT_EQ(AServiceManager_addService(service->asBinder().get(), "a.b.IFoo/default"), STATUS_OK);
+    services().removeService(String16("a.b.IFoo/default"));
+    std::filesystem::remove(folder() + "/a.b-service.xml");
 }
 
-TEST_F(ServicesTest, theProxyOfAServiceIsOneObject) {
+TEST_F(ServicesTest, lookUpsReturnTheSameProxy) {
     const auto first = services().checkService(String16(kServiceName));
     EXPECT_EQ(services().checkService(String16(kServiceName)), first);
     serve();
     EXPECT_NE(services().checkService(String16(kServiceName)), first)
-            << "the successor is another service";
+            << "the new service has a proxy of its own";
 }
 
-TEST_F(ServicesTest, aSecondRegistrationTakesThePlaceOfTheFirst) {
+TEST_F(ServicesTest, secondRegistrationReplacesTheFirst) {
     const auto successor = ndk::SharedRefBase::make<RecordingService>();
     serve(successor->asBinder());
     using aidl::vendor::tavro::hardware::mirx::IMirx;
@@ -93,7 +110,7 @@ TEST_F(ServicesTest, aSecondRegistrationTakesThePlaceOfTheFirst) {
     EXPECT_TRUE(service->take().empty());
 }
 
-TEST_F(ServicesTest, aServiceThatIsWithdrawnAtOnceIsNotServedForEver) {
+TEST_F(ServicesTest, removedServiceLeavesNoThreads) {
     stopServing();
     const Holdings before;
     for (int i = 0; i < 20; ++i) {
@@ -103,24 +120,23 @@ TEST_F(ServicesTest, aServiceThatIsWithdrawnAtOnceIsNotServedForEver) {
     EXPECT_TRUE(eventually([&] { return Holdings().threads <= before.threads; })) << Holdings();
 }
 
-TEST_F(ServicesTest, foldersThatOthersCouldUseAreRefused) {
+TEST_F(ServicesTest, foldersOpenToOthersAreRefused) {
     const std::string folder = BinderTest::folder() + "/inner";
     std::string error;
     EXPECT_NE(SocketServiceManager::make(folder, &error), nullptr) << error;
-    EXPECT_NE(SocketServiceManager::make(folder, &error), nullptr)
-            << "a folder that is there is used";
+    EXPECT_NE(SocketServiceManager::make(folder, &error), nullptr) << "an existing folder is used";
     ASSERT_EQ(chmod(folder.c_str(), 0750), 0);
     EXPECT_EQ(SocketServiceManager::make(folder, &error), nullptr);
     EXPECT_THAT(error, testing::HasSubstr("closed to others"));
     std::filesystem::remove(folder);
     std::filesystem::create_symlink(BinderTest::folder(), folder);
-    EXPECT_EQ(SocketServiceManager::make(folder, &error), nullptr) << "a link could lead anywhere";
+    EXPECT_EQ(SocketServiceManager::make(folder, &error), nullptr) << "a symbolic link is refused";
     std::filesystem::remove(folder);
     EXPECT_EQ(SocketServiceManager::make("/proc/none/such", &error), nullptr);
     EXPECT_THAT(error, testing::HasSubstr("No such file"));
 }
 
-TEST_F(ServicesTest, aFolderTooDeepForASocketIsAnErrorNotATruncatedName) {
+TEST_F(ServicesTest, tooLongSocketPathIsAnError) {
     const std::string folder = BinderTest::folder() + "/" + std::string(90, 'd');
     std::string error;
     const auto deep = SocketServiceManager::make(folder, &error);
@@ -132,7 +148,7 @@ TEST_F(ServicesTest, aFolderTooDeepForASocketIsAnErrorNotATruncatedName) {
     std::filesystem::remove_all(folder);
 }
 
-TEST_F(ServicesTest, getServiceGivesUpAfterFiveSecondsAndWaitDoesNotPoll) {
+TEST_F(ServicesTest, getServiceTimesOutWithoutPolling) {
     services().removeService(String16(kServiceName));
     timespec before = {};
     timespec after = {};
@@ -145,5 +161,5 @@ TEST_F(ServicesTest, getServiceGivesUpAfterFiveSecondsAndWaitDoesNotPoll) {
     EXPECT_LT(waited, std::chrono::milliseconds(8000));
     const int64_t nanoseconds =
             (after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec;
-    EXPECT_LT(nanoseconds, 20'000'000) << "it worked while it should have slept";
+    EXPECT_LT(nanoseconds, 20'000'000) << "it used the processor while it waited";
 }

@@ -42,7 +42,7 @@ MirxRequestParcel parcel(int32_t requestType, std::vector<MirxRequestData> data)
     return parcel;
 }
 
-// Says when it has ended: bases end in the opposite order.
+// Sets `ended` when it is destroyed. As the first base it is destroyed last.
 struct End {
     std::atomic<bool>& ended;
     ~End() { ended = true; }
@@ -65,7 +65,7 @@ class SimulatorServiceTest : public BinderTest {
     ~SimulatorServiceTest() override {
         mirx.reset();
         stopServing();
-        // The transport lets go of the service a moment later. It ends before its journal does.
+        // The transport drops the service a moment later. The journal must outlive the service.
         simulated.reset();
         EXPECT_TRUE(eventually([this] { return ended.load(); }));
     }
@@ -99,7 +99,7 @@ class SimulatorServiceTest : public BinderTest {
     std::shared_ptr<IMirx> mirx;
 };
 
-TEST_F(SimulatorServiceTest, everyQueryHasAnAnswerThatMakesSense) {
+TEST_F(SimulatorServiceTest, everyQueryKindIsAnswered) {
     int32_t result = 0;
     mirx->propertySet("feature.3", "1", &result);
     mirx->propertySet("power_mode.2", "7", &result);
@@ -118,7 +118,20 @@ TEST_F(SimulatorServiceTest, everyQueryHasAnAnswerThatMakesSense) {
     EXPECT_EQ(state(parcel(99, {element(1)})), "[]");
 }
 
-TEST_F(SimulatorServiceTest, rulesHoldTheirResourcesWhileTheirStatusIsNotZero) {
+TEST_F(SimulatorServiceTest, answersFitOneMessage) {
+    const std::string longText(30'000, 'x');
+    for (const int32_t id : {1, 2}) request(parcel(1, {element(id, longText)}));
+    for (int i = 0; i < 300; ++i) request(parcel(1, {element(3, "3")}));
+    for (const int32_t query : {0, 0xb, 0x51300001}) {
+        EXPECT_GT(state(parcel(query, {element(1), element(2)})).size(), 8'000u) << query;
+    }
+    EXPECT_THAT(printed.str(), HasSubstr("only 1 of 2 elements fit one answer"));
+    int32_t result = 0;
+    EXPECT_TRUE(mirx->propertySet("p", std::string(256, 'x'), &result).isOk());
+    EXPECT_EQ(result, -1);
+}
+
+TEST_F(SimulatorServiceTest, ruleHoldsResourcesUntilStatusZero) {
     int32_t result = -1;
     EXPECT_TRUE(mirx->ruleCtl(14, 2, {element(kFloor, "1")}, &result).isOk());
     EXPECT_EQ(result, 0);
@@ -130,7 +143,7 @@ TEST_F(SimulatorServiceTest, rulesHoldTheirResourcesWhileTheirStatusIsNotZero) {
     EXPECT_EQ(state(parcel(0, {element(kFloor)})), "[{id=0x01010010 value=\"300000\"}]");
 }
 
-TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothingElse) {
+TEST_F(SimulatorServiceTest, listenerGetsOnlyItsResources) {
     const auto callback = ndk::SharedRefBase::make<Callback>();
     const int32_t handle = listen(callback, {element(kFloor), element(5)});
     const int32_t older = request(parcel(1, {element(kFloor, "1"), element(6, "6")}));
@@ -150,7 +163,7 @@ TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothin
     mirx->listeningUnregister(handle, &result);
     EXPECT_EQ(result, -1);
     request(parcel(1, {element(kFloor, "3")}));
-    // A completion comes after every callback that was due before it.
+    // A completion is queued behind all earlier callbacks.
     MirxRequestParcel last = parcel(1, {});
     const auto completion = ndk::SharedRefBase::make<Callback>();
     last.callback = completion;
@@ -159,7 +172,7 @@ TEST_F(SimulatorServiceTest, listenersHearOfTheResourcesThatTheyWatchAndOfNothin
     EXPECT_EQ(callback->heard().size(), 4u);
 }
 
-TEST_F(SimulatorServiceTest, thermalListenersHearOfTheirSubsystemsChangesOnly) {
+TEST_F(SimulatorServiceTest, thermalListenerGetsOnlyChangesOfItsItems) {
     const auto callback = ndk::SharedRefBase::make<Callback>();
     int32_t handle = 0;
     EXPECT_TRUE(mirx->thermalListeningRegister({1, 2}, callback, &handle).isOk());
@@ -183,7 +196,7 @@ TEST_F(SimulatorServiceTest, diagnosticsPrintTablesAndSwitchTheHistory) {
             {3, "{id=0x01010010 value=\"9\"}"},
             {4, "cpu0 frequency floor"},
             {5, "scenes: 1"},
-            {6, "pid 1234"},
+            {6, overDriver() ? "    pid " : "    pid 1234"},
             {7, "listeners: 0"},
             {8, "scene control (2)"},
     };
@@ -193,7 +206,7 @@ TEST_F(SimulatorServiceTest, diagnosticsPrintTablesAndSwitchTheHistory) {
         EXPECT_THAT(printed.str(), HasSubstr("dump     "));
         EXPECT_THAT(printed.str(), HasSubstr(text));
     }
-    EXPECT_EQ(request(parcel(5, {element(9)})), 0) << "the gap in the codes";
+    EXPECT_EQ(request(parcel(5, {element(9)})), 0) << "no diagnostic has this code";
     EXPECT_EQ(request(parcel(5, {})), 0);
     EXPECT_EQ(request(parcel(5, {element(11)})), 1);
     const std::string before = state(parcel(0xb, {}));

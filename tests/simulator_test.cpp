@@ -1,4 +1,4 @@
-// The simulator's parts: the line it prints for a parcel and the table of holds.
+// The simulator's description of parcels and its table of holds.
 #include <chrono>
 #include <limits>
 #include <mutex>
@@ -18,7 +18,7 @@ using simulator::MirxRequestData;
 using simulator::MirxRequestParcel;
 using simulator::ResourceKey;
 
-TEST(DescribeTest, aParcelIsOneReadableLine) {
+TEST(DescribeTest, parcelIsOneReadableLine) {
     MirxRequestParcel parcel;
     EXPECT_EQ(simulator::describe(parcel), "state query (0) data=[]");
 
@@ -84,21 +84,16 @@ class HoldsTest : public testing::Test {
     std::mutex mMutex;
     std::vector<Ended> mEnded GUARDED_BY(mMutex);
     std::vector<MirxRequestData> mChanges GUARDED_BY(mMutex);
-    Holds holds{{.onEnd =
-                         [this](const Hold& hold, End end) {
-                             std::lock_guard lock(mMutex);
-                             mEnded.push_back({hold.holder, end});
-                         },
-                 .onChange =
-                         [this](const std::vector<MirxRequestData>& changed) {
-                             std::lock_guard lock(mMutex);
-                             mChanges.insert(mChanges.end(), changed.begin(), changed.end());
-                         }}};
+    Holds holds{[this](const simulator::Step& step) {
+        std::lock_guard lock(mMutex);
+        if (step.ended != nullptr) mEnded.push_back({step.ended->holder, step.why});
+        mChanges.insert(mChanges.end(), step.changed.begin(), step.changed.end());
+    }};
 };
 
 }  // namespace
 
-TEST_F(HoldsTest, holdsEndOnceAndOnlyWhenReleasedOrTimedOut) {
+TEST_F(HoldsTest, holdEndsOnceByReleaseOrTimeout) {
     const int32_t forGood = holds.add({.duration = 0});
     const int32_t negative = holds.add({.duration = -1});
     const int32_t forAges = holds.add({.duration = std::numeric_limits<int64_t>::max()});
@@ -116,18 +111,19 @@ TEST_F(HoldsTest, holdsEndOnceAndOnlyWhenReleasedOrTimedOut) {
     EXPECT_EQ(left[1].holder, request(forAges));
 }
 
-TEST_F(HoldsTest, aHandleOfTheCallersOwnReplacesWhatItHeldAndIsNotGivenOut) {
-    holds.put({.holder = request(1), .identity = "first"});
-    EXPECT_EQ(holds.add({}), 2);
-    holds.put({.holder = request(1), .identity = "second", .duration = 20});
-    EXPECT_THAT(ended(), testing::ElementsAre(Ended{request(1), End::kReplaced}));
+TEST_F(HoldsTest, handleChosenByTheCallerIsReplacedAndReserved) {
+    const int32_t own = holds.add({}) + 1;  // the next handle
+    holds.put({.holder = request(own), .identity = "first"});
+    EXPECT_EQ(holds.add({}), own + 1);
+    holds.put({.holder = request(own), .identity = "second", .duration = 20});
+    EXPECT_THAT(ended(), testing::ElementsAre(Ended{request(own), End::kReplaced}));
     EXPECT_EQ(holds.current().back().identity, "second");
     EXPECT_TRUE(eventuallyEnded(2));
     holds.put({.holder = request(-1)});
     EXPECT_TRUE(holds.end(request(-1)));
 }
 
-TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
+TEST_F(HoldsTest, newestHoldDeterminesTheValueUntilItEnds) {
     const ResourceKey floor = {.opcode = kFloor};
     EXPECT_EQ(holds.effectiveValue(floor), "300000");
     const int32_t older = holds.add({.resources = {element(kFloor, "1"), element(77, "x")}});
@@ -135,7 +131,7 @@ TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
     const int32_t newer = holds.add({.resources = {element(kFloor, "5"), element(kFloor, "2")}});
     EXPECT_EQ(takeChanges(), "[{id=0x01010010 value=\"2\"}]") << "the later of two settings counts";
     holds.put({.holder = kRule14, .resources = {element(kFloor, "2")}});
-    EXPECT_EQ(takeChanges(), "[]") << "the value that shows is the same";
+    EXPECT_EQ(takeChanges(), "[]") << "the value does not change";
     holds.end(request(newer));
     EXPECT_EQ(takeChanges(), "[]");
     holds.end(kRule14);
@@ -146,10 +142,11 @@ TEST_F(HoldsTest, theNewestHoldsValueShowsAndTheOneBeforeItComesBack) {
             << "an unknown resource has no value once nobody holds it";
 }
 
-TEST_F(HoldsTest, pathsAndRulesHaveNamesOfTheirOwn) {
+TEST_F(HoldsTest, pathsOpcodesRulesAndHandlesAreDistinct) {
     holds.put({.holder = request(14), .resources = {pathSetting("/a", "1")}});
     holds.put({.holder = kRule14, .resources = {element(0, "2")}});
-    EXPECT_TRUE(ended().empty()) << "a rule is no request, even with the same number";
+    EXPECT_TRUE(ended().empty())
+            << "a rule and a request with the same number are different holders";
     EXPECT_EQ(holds.effectiveValue({.path = "/a"}), "1");
     EXPECT_EQ(holds.effectiveValue({.opcode = 0}), "2");
     EXPECT_EQ(holds.effectiveValue({.path = "/b"}), std::nullopt);

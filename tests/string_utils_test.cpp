@@ -1,4 +1,4 @@
-// What the string utilities make of texts.
+// Tests of the string utilities.
 #include <dov/DovWrapper.h>
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ TEST(StringUtilsTest, equalsComparesEveryByte) {
     EXPECT_FALSE(equals(std::string("a\0b", 3), std::string("a\0c", 3)));
 }
 
-TEST(StringUtilsTest, parseIntReadsANumberAtTheStartOrGivesZero) {
+TEST(StringUtilsTest, parseIntReadsALeadingNumberOrReturnsZero) {
     const std::vector<std::pair<std::string, int32_t>> cases = {
             {"", 0},
             {"abc", 0},
@@ -56,14 +56,14 @@ TEST(StringUtilsTest, parseIntReadsANumberAtTheStartOrGivesZero) {
     }
 }
 
-TEST(StringUtilsTest, valueOfIsTheDecimalText) {
+TEST(StringUtilsTest, valueOfReturnsDecimalText) {
     EXPECT_EQ(valueOf(0), "0");
     EXPECT_EQ(valueOf(-1), "-1");
     EXPECT_EQ(valueOf(42), "42");
     EXPECT_EQ(valueOf(INT32_MIN), "-2147483648");
 }
 
-TEST(StringUtilsTest, trimTakesASetOfCharactersOffTheEnds) {
+TEST(StringUtilsTest, trimRemovesASetOfCharactersFromTheEnds) {
     struct Case {
         std::string text;
         const char* chars;
@@ -88,7 +88,7 @@ TEST(StringUtilsTest, trimTakesASetOfCharactersOffTheEnds) {
     EXPECT_STREQ(WHITESPACE, " \n\r\t");
 }
 
-TEST(StringUtilsTest, splitGivesNoEmptyPiece) {
+TEST(StringUtilsTest, splitReturnsNoEmptyPieces) {
     struct Case {
         std::string text, delimiters;
         std::vector<std::string> pieces;

@@ -1,4 +1,4 @@
-// Thermal notifications, and registering the same subsystems twice.
+// Tests of thermal notifications and registrations.
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -7,7 +7,7 @@ using testing::ElementsAre;
 
 class ThermalTest : public ClientTest {};
 
-TEST_F(ThermalTest, levelsAreSentAndOnlyAcceptanceIsReported) {
+TEST_F(ThermalTest, levelsAreSentAndReturnZeroIfAccepted) {
     std::list<DovClient::Resource> levels = {{5, "3"}, {0, std::nullopt}};
     const std::pair<int, int> answers[] = {{1, 0}, {9, 0}, {0, -1}, {-1, -1}};
     for (const auto& [answer, result] : answers) {
@@ -25,7 +25,7 @@ TEST_F(ThermalTest, levelsAreSentAndOnlyAcceptanceIsReported) {
     EXPECT_TRUE(service->take().empty());
 }
 
-TEST_F(ThermalTest, theSameSubsystemsTwiceAreTwoRegistrations) {
+TEST_F(ThermalTest, sameSubsystemsCanBeRegisteredTwice) {
     service->counting = true;
     const auto callback = std::make_shared<Heard>();
     for (int i = 0; i < 2; ++i) mirxThermalListeningRegister({1}, callback);

@@ -1,4 +1,4 @@
-// dovctl top: what it shows, and what it does to the terminal.
+// dovctl top: what it shows, and how it uses the terminal.
 #include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -16,6 +16,7 @@
 #include "simulator/mirx_service.h"
 #include "tests/support/data.h"
 #include "tests/support/test_services.h"
+#include "tests/support/test_waiter.h"
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
@@ -26,7 +27,8 @@ class TopTest : public BinderTest {
 
     std::string run(const std::vector<std::string>& args, int code = 0) {
         std::ostringstream out, err;
-        EXPECT_EQ(dovctl::Dovctl(out, err, [] {}).run(args), code) << err.str();
+        TestWaiter waiter;
+        EXPECT_EQ(dovctl::Dovctl({out}, {err}, waiter).run(args), code) << err.str();
         return out.str() + err.str();
     }
     void simulate() {
@@ -37,26 +39,31 @@ class TopTest : public BinderTest {
     simulator::Journal journal{printed};
 };
 
-TEST_F(TopTest, withoutATerminalItPrintsHoldsAndValuesOnce) {
+TEST_F(TopTest, printsOnceWithoutATerminal) {
     simulate();
     EXPECT_EQ(run({"top"}), "nothing is held\n");
-    DovResAcquire({{0x01010010, "900000"}}, "", "me\033[2J", 60000);
+    const std::string holder =
+            "handle " +
+            std::to_string(DovResAcquire({{0x01010010, "900000"}}, "", "\u6f22\033[2J", 60000));
     const std::string text = run({"top"});
-    EXPECT_THAT(text, ContainsRegex("handle 1  resource control +me.\\[2J .* 0.. s  .* s +1\n"));
-    EXPECT_THAT(text, HasSubstr("0x01010010  cpu0 frequency floor  900000  300000  handle 1\n"));
-    EXPECT_THAT(text, testing::Not(HasSubstr("\033"))) << "callers must not command the terminal";
+    EXPECT_THAT(text, ContainsRegex("for +identity +package.*\n" + holder +
+                                    "  resource control  \u6f22\\\\x1b\\[2J  .* 0.. s  .* s +1\n"));
+    EXPECT_THAT(text,
+                HasSubstr("0x01010010  cpu0 frequency floor  900000  300000  " + holder + "\n"));
+    EXPECT_THAT(text, testing::Not(HasSubstr("\033")))
+            << "no control characters of a caller on the terminal";
     EXPECT_THAT(text, testing::Not(HasSubstr("gpu")));
     EXPECT_THAT(run({"top", "--all"}),
                 ContainsRegex("0x01020050  gpu frequency floor +200 +200 +-\n"));
     Json::Value json;
     std::istringstream(run({"top", "--json"})) >> json;
-    EXPECT_EQ(json["holds"][0]["identity"], "me\033[2J");
+    EXPECT_EQ(json["holds"][0]["identity"], "\u6f22\033[2J");
     EXPECT_LE(json["holds"][0]["left_ms"].asInt(), 60000);
     EXPECT_EQ(printed.str().find("holds query"), std::string::npos)
-            << "the journal is for what others ask";
+            << "the journal must not list the queries of top";
 }
 
-TEST_F(TopTest, ofAServiceThatDoesNotTellOnlyTheValuesAreShown) {
+TEST_F(TopTest, showsOnlyTheValuesOfOtherServices) {
     service->state = {element(5, "50")};
     EXPECT_THAT(run({"top"}),
                 AllOf(HasSubstr("does not tell what is held"), ContainsRegex("0x00000005 .* 50")));
@@ -65,9 +72,9 @@ TEST_F(TopTest, ofAServiceThatDoesNotTellOnlyTheValuesAreShown) {
     EXPECT_THAT(run({"top", "--interval", "0"}, 2), HasSubstr("--interval"));
 }
 
-TEST_F(TopTest, onATerminalItRedrawsUntilTheUserQuitsAndLeavesNoTrace) {
+TEST_F(TopTest, redrawsUntilQuitAndRestoresTheTerminal) {
     if (getenv("DOV_EMULATOR") != nullptr) {
-        GTEST_SKIP() << "dovctl is started by itself here, which an emulator cannot do";
+        GTEST_SKIP() << "this test starts dovctl without the emulator";
     }
     simulate();
     DovResAcquire({{0x01010010, "900000"}}, "", "me", 0);
@@ -108,7 +115,7 @@ TEST_F(TopTest, onATerminalItRedrawsUntilTheUserQuitsAndLeavesNoTrace) {
         };
         while (draws() < 3 && readMore()) {
         }
-        EXPECT_THAT(shown, HasSubstr("handle 1"));
+        EXPECT_THAT(shown, HasSubstr("handle "));
         EXPECT_THAT(shown, HasSubstr("..."));
         EXPECT_EQ(shown.find("900000"), std::string::npos) << "the screen has six rows";
         quit(terminal, program);

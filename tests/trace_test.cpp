@@ -1,4 +1,4 @@
-// The trace sections that mark a call.
+// Tests of the trace sections around calls.
 #include <dov/dov.h>
 
 #include <atomic>
@@ -7,7 +7,7 @@
 
 #include "tests/support/test_services.h"
 
-#include <cutils/trace.h>  // last: it hides names of <atomic>
+#include <cutils/trace.h>  // last: it conflicts with names of <atomic>
 
 namespace {
 
@@ -16,7 +16,7 @@ std::vector<std::string> gSections;
 
 }  // namespace
 
-// These take the place of the platform's, which do nothing on a host.
+// These override the platform's functions, which do nothing on a host.
 #pragma GCC visibility push(default)
 extern "C" uint64_t atrace_get_enabled_tags() {
     return gEnabledTags;
@@ -38,7 +38,7 @@ class TraceTest : public BinderTest {
     ~TraceTest() override { gEnabledTags = 0; }
 };
 
-TEST_F(TraceTest, eachCallIsMarkedByASectionThatEndsAtOnce) {
+TEST_F(TraceTest, eachCallOpensAndClosesATraceSection) {
     DovEventAcquire(3, "com.example", "me", -5, {});
     DovEventAcquireOneWay(INT32_MIN, "", "", INT32_MAX, {});
     DovResAcquire({}, "ignored", "me", 1);
@@ -52,7 +52,7 @@ TEST_F(TraceTest, eachCallIsMarkedByASectionThatEndsAtOnce) {
                         "DovRelease: -7", "end"));
 }
 
-TEST_F(TraceTest, nothingIsMarkedWhileTheAlwaysOnTagIsOff) {
+TEST_F(TraceTest, noSectionWhileTheAlwaysOnTagIsOff) {
     gEnabledTags = ~uint64_t{ATRACE_TAG_ALWAYS};
     DovEventAcquire(3, "com.example", "me", -5, {});
     DovRelease(1);
@@ -70,7 +70,7 @@ TEST_F(TraceTest, longNamesAreCutAt1022Characters) {
     }
 }
 
-TEST_F(TraceTest, aNameEndsAtTheFirstZeroCharacter) {
+TEST_F(TraceTest, nameEndsAtTheFirstZeroCharacter) {
     DovEventAcquire(3, std::string("a\0b", 3), "me", 1, {});
     EXPECT_EQ(gSections.at(0), "DovEventAcquire  cmd_id:3 pkg:a");
 }

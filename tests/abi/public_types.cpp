@@ -1,5 +1,4 @@
-// Leads to the types that callers use or derive from, also to those that the library itself only
-// points to.
+// Refers to all public types, even those to which the library itself only has pointers.
 #include <dov/ClientCallback.h>
 
 extern "C" void dovPublicTypes(DovClient::Resource& /*resource*/, IClientCallback& /*callback*/,

@@ -1,4 +1,4 @@
-// Compares what callers were answered with what the service says it has received.
+// Compares the answers that callers got with the calls in the service's journal.
 #include "tests/soak/ledger.h"
 
 #include <array>
@@ -9,8 +9,8 @@
 namespace soak {
 namespace {
 
-// Where a line of the journal carries the number of its call, by how the line begins. The first
-// that is there counts.
+// For each beginning of a journal line, the text before the number of its call. The first entry
+// whose two texts are in the line applies.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kPlaces = {{
         {"request ", " pid="},
         {"request ", " identity=\""},
@@ -27,7 +27,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kPlaces 
 }};
 constexpr std::array<std::string_view, 2> kFirstIsNumber = {"rule     ", "sysinfo  "};
 
-// The number of the call that a line is about; none when it carries none.
+// The number of the call in a journal line, if it has one.
 std::optional<int> numberIn(const std::string& line) {
     const auto at = [&line](size_t position) {
         return static_cast<int>(std::strtol(line.c_str() + position, nullptr, 0));
@@ -73,7 +73,7 @@ void Ledger::received(const std::string& line) {
 void Ledger::compare(int n, const Call& call, const std::string& received) {
     if (!call.answered) return;
     if (call.result && *call.result != received) {
-        mDisagreements += std::to_string(n) + ", " + call.name + ": the caller was told " +
+        mDisagreements += std::to_string(n) + ", " + call.name + ": the caller got " +
                           *call.result + ", the service answered " + received + "\n";
     }
     ++mAgreed;

@@ -1,4 +1,4 @@
-// Compares what callers were answered with what the service says it has received.
+// Compares the answers that callers got with the calls in the service's journal.
 #pragma once
 
 #include <atomic>
@@ -11,25 +11,25 @@
 
 namespace soak {
 
-// Calls are told apart by a number that each carries to the service. Any thread may use it.
+// Identifies each call by a number that it sends to the service. Thread-safe.
 class Ledger {
   public:
-    // Smaller numbers in the journal are something else.
+    // Smaller numbers in the journal are not numbers of calls.
     static constexpr int kFirstNumber = 100000;
 
-    // A call has ended. `answered` says that its caller was told so; otherwise the service may have
-    // received it or not. `result` is what the service must have answered, where that can be told.
-    // `name` must outlive this object.
+    // Records that call `n` has ended. If it was not `answered`, the service may have received it
+    // or not. `result` is the answer of the service, if the caller knows it. `name` must outlive
+    // this object.
     void called(int n, const char* name, bool answered, const std::optional<std::string>& result);
-    // A line of the service's journal.
+    // Records a line of the service's journal.
     void received(const std::string& line);
-    // The service has been killed and all of its journal been read: what has failed before its
-    // predecessor ended will not turn up any more.
+    // Records that the service was killed and its whole journal was read. Calls that failed before
+    // the previous service ended can no longer appear in a journal.
     void serviceEnded();
 
-    // How many calls were answered and are in the journal with the same result.
+    // The number of calls that were answered and are in the journal with the same result.
     int agreed() const { return mAgreed; }
-    // What does not agree, for people; empty when all does. For when no call is under way.
+    // Describes the calls that do not agree; empty if all do. Call this while no call is running.
     std::string disagreements() const;
 
   private:
@@ -43,8 +43,8 @@ class Ledger {
     void compare(int n, const Call& call, const std::string& received) REQUIRES(mMutex);
 
     mutable std::mutex mMutex;
-    std::unordered_map<int, Call> mAnswered GUARDED_BY(mMutex);  // not found in the journal yet
-    Results mReceived GUARDED_BY(mMutex);  // whose callers do not know the outcome yet
+    std::unordered_map<int, Call> mAnswered GUARDED_BY(mMutex);  // not in the journal yet
+    Results mReceived GUARDED_BY(mMutex);  // outcome not known to the caller yet
     std::unordered_map<int, Call> mFailed GUARDED_BY(mMutex);
     std::unordered_map<int, Call> mFailedBefore GUARDED_BY(mMutex);
     std::string mDisagreements GUARDED_BY(mMutex);

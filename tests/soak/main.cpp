@@ -1,6 +1,7 @@
-// soak [SECONDS]: eight threads make every call of the library while the service is killed and
-// started again every few hundred milliseconds. Nothing may hang, nothing may grow, and what the
-// callers were told must be what the service says it has received.
+// Calls the library from eight threads while the service is killed again and again: soak [SECONDS]
+//
+// The service is restarted every few hundred milliseconds. No call may hang, no resource may leak,
+// and the answers that callers got must agree with the service's journal.
 #include <sys/stat.h>
 
 #include <chrono>
@@ -31,7 +32,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int kThreads = 8;
 constexpr auto kLongestCall = 60s;
 
-// Whether the service's journal tells this call from others: it carries the number.
+// Whether the service's journal shows the number of this call.
 bool isNumbered(const Operation& operation) {
     const std::string_view name = operation.name;
     return !name.starts_with("mirxDump") && !name.starts_with("mirxHistory") &&
@@ -41,7 +42,7 @@ bool isNumbered(const Operation& operation) {
            name != "DovResStateRequest of the power" && name != "DovNotifyWapper";
 }
 
-// What the service must have answered, where the caller hears it.
+// The answer that the service must have given, if the caller gets that answer.
 std::optional<std::string> answerTo(const Operation& operation, const std::string& outcome) {
     const std::string_view service = operation.service, name = operation.name;
     const bool told =
@@ -62,16 +63,16 @@ struct Listener : IClientCallback {
 
 class Soak {
   public:
-    // Runs the service, one after the other, and notes what each says that it has received.
+    // Runs one service after the other and records the journal of each.
     void runServices() {
         std::minstd_rand random(1);
         while (!mServicesDone) {
             ChildProcess service(MIRX_SIMULATOR);
-            // From its first line: callers may be faster than the one that says it is serving.
+            // Reads from the first line: calls may arrive before the line "serving" is printed.
             std::thread reader([&] {
                 try {
                     while (true) mLedger.received(service.readUntil(""));
-                } catch (const std::runtime_error&) {  // its output has ended
+                } catch (const std::runtime_error&) {  // the output has ended
                 }
             });
             const auto end = Clock::now() + std::chrono::milliseconds(200 + random() % 300);
@@ -82,7 +83,7 @@ class Soak {
             reader.join();
             ++counts.kills;
             mLedger.serviceEnded();
-            // The service will not call these any more.
+            // The dead service cannot call these callbacks any more.
             std::lock_guard lock(request_callback_mutex);
             request_callbacks.clear();
         }
@@ -108,7 +109,7 @@ class Soak {
         }
     }
 
-    // Has a listener that is told about changes which the other calls make.
+    // Registers a listener for changes that the other threads cause, again and again.
     void listen(int slot) {
         const auto listener = std::make_shared<Listener>(counts);
         while (!mCallsDone) {
@@ -123,8 +124,8 @@ class Soak {
         }
     }
 
-    // What the process has while both bindings are bound to a new service and nothing goes on. The
-    // transport's threads end a moment after their connections.
+    // Measures the process while both bindings are bound to a new service and no call is running.
+    // Waits until the figures are stable: the transport's threads outlive their connections.
     Holdings measure() {
         const std::unique_lock idle(mRunning);
         const long kills = counts.kills;
@@ -152,7 +153,7 @@ class Soak {
             callers.emplace_back([this, slot] { makeCalls(slot); });
         }
         callers.emplace_back([this] { listen(kThreads); });
-        std::this_thread::sleep_until(start + time / 5);  // until all that is made once is made
+        std::this_thread::sleep_until(start + time / 5);  // until all one-time objects exist
         const Holdings before = measure();
         std::this_thread::sleep_until(start + time);
         const Holdings after = measure();
@@ -167,7 +168,7 @@ class Soak {
     int report(const Holdings& before, const Holdings& after) const {
         std::cout << counts.calls << " calls, " << counts.answered
                   << " answered, of which the journal shows " << mLedger.agreed() << "; "
-                  << counts.heard << " callbacks heard; the service was killed " << counts.kills
+                  << counts.heard << " callbacks received; the service was killed " << counts.kills
                   << " times\nafter a fifth: " << before << "\nat the end:    " << after
                   << std::endl;
         const std::string disagreements = mLedger.disagreements();
@@ -177,26 +178,25 @@ class Soak {
         }
         const auto grown = [&](const char* what, size_t from, size_t to, size_t allowed) {
             if (to <= from + allowed) return;
-            std::printf("%s: there are more now\n", what);
+            std::printf("%s have leaked\n", what);
             good = false;
         };
         grown("descriptors", before.descriptors, after.descriptors, 0);
         grown("threads", before.threads, after.threads, 0);
         grown("death recipients", before.deathRecipients, after.deathRecipients, 0);
-#if !__has_feature(address_sanitizer) && \
-        !__has_feature(thread_sanitizer)  // they keep what is freed
+#if !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer)  // they keep freed memory
         const size_t kept = size_t{heapIsExact() ? 64u : 1024u} * 1024;
         grown("bytes on the heap", before.heap, after.heap, kept);
         grown("bytes in memory", before.resident, after.resident, size_t{4} * 1024 * 1024);
 #endif
-        std::puts(good ? "soak: good" : "soak: NOT GOOD");
+        std::puts(good ? "soak: passed" : "soak: FAILED");
         return good ? 0 : 1;
     }
 
     Counts counts;
     soak::Ledger mLedger;
     soak::Watchdog mWatchdog{kLongestCall};
-    std::shared_mutex mRunning;  // shared by the callers
+    std::shared_mutex mRunning;  // held shared while calling
     std::atomic<int> mNumber = soak::Ledger::kFirstNumber;
     std::atomic<bool> mCallsDone = false, mServicesDone = false, mPaused = false;
 };
@@ -213,11 +213,11 @@ int main(int argc, char** argv) {
     std::string folder = std::filesystem::temp_directory_path() / "dov-soak-XXXXXX";
     std::string error;
     if (mkdtemp(folder.data()) == nullptr) return 1;
-    setenv("DOV_SERVICE_DIR", folder.c_str(), 1);  // for the services
+    setenv("DOV_SERVICE_DIR", folder.c_str(), 1);  // for the child processes
     std::filesystem::copy_file(MIRX_FRAGMENT, folder + "/mirx.xml");
     android::setDefaultServiceManager(hostbinder::SocketServiceManager::make(folder, &error));
     const int result = Soak().run(time);
     std::filesystem::remove_all(folder);
     std::fflush(stdout);
-    _exit(result);  // the transport's threads run on
+    _exit(result);  // the transport's threads are still running
 }

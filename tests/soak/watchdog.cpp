@@ -1,4 +1,4 @@
-// Ends a process in which a call does not come back, and shows where every thread is.
+// Ends a process whose call hangs, and prints the stack of every thread.
 #include "tests/soak/watchdog.h"
 
 #include <execinfo.h>
@@ -18,7 +18,7 @@ void writeStack(int) {
     backtrace_symbols_fd(frames.data(), count, STDERR_FILENO);
 }
 
-// Has each thread write its own stack, one after the other.
+// Makes each thread print its stack, one at a time.
 void writeAllStacks() {
     struct sigaction action {};
     action.sa_handler = writeStack;
@@ -56,7 +56,7 @@ void Watchdog::watch(std::chrono::seconds longest) {
             if (name == nullptr || Clock::now().time_since_epoch() - slot.since.load() < longest) {
                 continue;
             }
-            std::fprintf(stderr, "%s has not come back for %lld seconds\n", name,
+            std::fprintf(stderr, "%s has not returned for %lld seconds\n", name,
                          static_cast<long long>(longest.count()));
             writeAllStacks();
             _exit(1);

@@ -1,4 +1,4 @@
-// Ends a process in which a call does not come back, and shows where every thread is.
+// Ends a process whose call hangs, and prints the stack of every thread.
 #pragma once
 
 #include <array>
@@ -13,14 +13,14 @@ class Watchdog {
   public:
     static constexpr int kSlots = 16;
 
-    // A call that takes longer than `longest` ends the process with code 1.
+    // Ends the process with code 1 if a call takes longer than `longest`.
     explicit Watchdog(std::chrono::seconds longest);
     ~Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
 
-    // The thread of this slot, 0 to kSlots - 1, begins the call `name`, which must outlive it; null
-    // when it has come back.
+    // Records that the thread of `slot` (0 to kSlots - 1) begins the call `name`, or has returned
+    // if `name` is null. `name` must stay valid during the call.
     void begin(int slot, const char* name);
 
   private:

@@ -1,4 +1,4 @@
-// Counts what is allocated.
+// Counts allocations.
 #include "tests/support/allocations.h"
 
 #include <cstdlib>
@@ -14,7 +14,7 @@ size_t allocations() {
     return gAllocations;
 }
 
-// The sanitizers bring operator new themselves and have a hook instead, which sees malloc too.
+// The sanitizers define operator new themselves. Their hook counts calls of malloc too.
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 
 [[maybe_unused]] static const int gHookInstalled = __sanitizer_install_malloc_and_free_hooks(

@@ -1,12 +1,12 @@
-// Counts what is allocated.
+// Counts allocations.
 #pragma once
 
 #include <cstddef>
 
-// How often the calling thread has called operator new, in any library of the process.
+// The number of times that the calling thread has called operator new, in any library.
 size_t allocations();
 
-// How many allocations `call` makes on this thread.
+// The number of allocations that `call` makes on this thread.
 template <typename Call>
 size_t allocationsOf(const Call& call) {
     const size_t before = allocations();

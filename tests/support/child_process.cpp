@@ -1,4 +1,4 @@
-// A program that a test runs beside itself, to read what it prints and to kill it.
+// A program that a test starts, reads from and kills.
 #include "tests/support/child_process.h"
 
 #include <fcntl.h>
@@ -16,8 +16,8 @@
 
 namespace {
 
-// The words before a program's own: where tests of another architecture run under an emulator, the
-// kernel cannot start their child processes by itself.
+// The command line of `program`. Under an emulator it starts with the emulator, because the kernel
+// cannot start a program of another architecture by itself.
 std::vector<std::string> commandLine(const std::string& program) {
     std::vector<std::string> words;
     const char* const emulator = getenv("DOV_EMULATOR");
@@ -70,7 +70,7 @@ std::string ChildProcess::readUntil(const std::string& prefix) {
         pollfd event = {.fd = mOutput, .events = POLLIN};
         std::array<char, 4096> buffer;
         if (left.count() <= 0 || poll(&event, 1, static_cast<int>(left.count())) <= 0) {
-            throw std::runtime_error("no line starts with '" + prefix + "'");
+            throw std::runtime_error("timed out waiting for a line with '" + prefix + "'");
         }
         const ssize_t length = read(mOutput, buffer.data(), buffer.size());
         if (length <= 0)

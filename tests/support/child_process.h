@@ -1,4 +1,4 @@
-// A program that a test runs beside itself, to read what it prints and to kill it.
+// A program that a test starts, reads from and kills.
 #pragma once
 
 #include <signal.h>
@@ -10,21 +10,21 @@
 
 class ChildProcess {
   public:
-    // Starts `program` with the environment of the test; its standard output is the test's to read.
+    // Starts `program` with the test's environment and connects its standard output to the test.
     explicit ChildProcess(const std::string& program,
                           const std::vector<std::string>& arguments = {});
-    // Kills it if it still runs.
+    // Kills the program if it is still running.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // Reads lines until one starts with `prefix` and returns it. Throws when the output ends
-    // before, or after ten seconds.
+    // Reads lines until one starts with `prefix`, and returns that line. Throws if the output ends
+    // first, or after ten seconds.
     std::string readUntil(const std::string& prefix);
     void signal(int number) const;
-    // Waits for its end; returns the exit code, or minus the signal that ended it.
+    // Waits until the program ends. Returns its exit code, or minus the signal that ended it.
     int wait();
-    // The same, but ends it with SIGABRT when it has not ended in time.
+    // Like wait(), but sends SIGABRT if the program has not ended after `time`.
     int wait(std::chrono::seconds time);
 
     pid_t pid() const { return mPid; }

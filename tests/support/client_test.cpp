@@ -1,4 +1,4 @@
-// What the tests of the low-level client share.
+// The fixture and the helpers for tests of the low-level client.
 #include "tests/support/client_test.h"
 
 #include <utility>

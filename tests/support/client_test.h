@@ -1,4 +1,4 @@
-// What the tests of the low-level client share.
+// The fixture and the helpers for tests of the low-level client.
 #pragma once
 
 #include <dov/halclient.h>
@@ -9,34 +9,34 @@
 #include "tests/support/data.h"
 #include "tests/support/test_services.h"
 
-// Lines that the operations log.
+// Log lines of the low-level client.
 LogLine info(const std::string& text);
 LogLine error(const std::string& text);
 LogLine failed(const std::string& name);
 
 MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::string> value = {});
 
-// A request of the given kind; a `flag` that is left out is false.
+// Makes a request. For an operation without a flag, `flag` is false.
 MirxRequestParcel control(int32_t kind, int32_t handle, int64_t duration, int32_t arg4, bool flag,
                           int32_t pid, std::vector<MirxRequestData> data);
 
 using OpcodesAndValues = std::vector<std::pair<int32_t, std::string>>;
 OpcodesAndValues plain(const std::list<DovClient::Resource>& resources);
 
-// Keeps what it is told: (opcode, value) for each call.
+// Records the (opcode, value) pairs of each callback.
 class Heard : public IClientCallback {
   public:
     void onCallback(std::list<DovClient::Resource> resources) override;
     std::vector<OpcodesAndValues> take();
 
-    std::function<void()> then;  // called within each call, when set
+    std::function<void()> then;  // called during each callback, if set
 
   private:
     std::mutex mMutex;
     std::vector<OpcodesAndValues> mCalls GUARDED_BY(mMutex);
 };
 
-// Keeps what it is told: (values, paths) for each call.
+// Records the (values, paths) of each callback.
 class HeardByPath : public IClientCallbackByPath {
   public:
     using Call = std::pair<std::vector<std::string>, std::vector<std::string>>;
@@ -51,11 +51,11 @@ class HeardByPath : public IClientCallbackByPath {
 
 class ClientTest : public BinderTest {
   protected:
-    // What the operations have logged since the last call; other lines are forgotten.
+    // Takes the log: returns the low-level client's lines and discards the others.
     std::vector<LogLine> clientLines();
-    // The one call that the service has received since the last look.
+    // Takes the service's calls, of which there must be exactly one.
     RecordedCall theCall();
-    // That call's parcel as text, without its callback.
+    // The parcel of theCall() as text, without its callback.
     std::string theParcel();
     static size_t waitingCallbacks();
 };

@@ -1,4 +1,4 @@
-// Ends a service at any byte of what is said between it and its client.
+// Cuts the connection between a service and its client after a given number of bytes.
 #include "tests/support/cut_connection.h"
 
 #include <sys/eventfd.h>
@@ -20,7 +20,7 @@ using android::base::unique_fd;
 
 namespace {
 
-// A socket on which `use`, bind or connect, has been called with `path`.
+// Opens a socket and calls `use` (bind or connect) on it with `path`.
 unique_fd openSocket(const std::string& path, int (*use)(int, const sockaddr*, socklen_t)) {
     sockaddr_un address = {.sun_family = AF_UNIX};
     std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
@@ -33,7 +33,7 @@ unique_fd openSocket(const std::string& path, int (*use)(int, const sockaddr*, s
 
 std::string socketOf(const std::string& registration) {
     const auto found = hostbinder::readRegistration(registration);
-    if (!found) throw std::runtime_error("there is no service at " + registration);
+    if (!found) throw std::runtime_error("no service is registered at " + registration);
     return found->socket;
 }
 
@@ -92,7 +92,7 @@ void CutConnection::accept() {
     if (client.ok() && service.ok()) mPairs.push_back({std::move(client), std::move(service)});
 }
 
-// Passes on what there is, but no more than may pass; false when the sender has closed.
+// Forwards the available bytes, up to the limit. Returns false if the sender has closed.
 bool CutConnection::pass(int from, int to) {
     std::array<char, 4096> buffer;
     const size_t most = std::min(buffer.size(), mBytes - mPassed);

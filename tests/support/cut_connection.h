@@ -1,4 +1,4 @@
-// Ends a service at any byte of what is said between it and its client.
+// Cuts the connection between a service and its client after a given number of bytes.
 #pragma once
 
 #include <poll.h>
@@ -11,15 +11,15 @@
 
 #include <android-base/unique_fd.h>
 
-// Takes the place of a registered service and passes every byte on, in both directions, until so
-// many have passed; then it drops all connections and the registration, as the service's death
+// Registers itself in place of a service and forwards every byte in both directions. After the
+// given number of bytes it drops all connections and the registration, as the service's death
 // would.
 class CutConnection {
   public:
-    // `registration` is the path of the service's registration file. Behind `bytes` bytes, on a
-    // thread of this object, the connections are cut and then `onCut` is called.
+    // `registration` is the path of the service's registration file. After `bytes` bytes a thread
+    // of this object cuts the connections and then calls `onCut`.
     CutConnection(const std::string& registration, size_t bytes, std::function<void()> onCut);
-    // Cuts what has not been cut, without calling onCut.
+    // Cuts the remaining connections without calling onCut.
     ~CutConnection();
     CutConnection(const CutConnection&) = delete;
     CutConnection& operator=(const CutConnection&) = delete;
@@ -37,8 +37,8 @@ class CutConnection {
     bool pass(int from, int to);
     void cut();
 
-    const std::string mService;  // the socket that the service answers on
-    const std::string mOwn;  // and the one that stands in for it
+    const std::string mService;  // the service's own socket
+    const std::string mOwn;  // the socket that clients connect to
     const size_t mBytes;
     const std::function<void()> mOnCut;
     std::atomic<size_t> mPassed = 0;

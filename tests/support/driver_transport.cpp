@@ -1,5 +1,4 @@
-// The driver transport of the tests: the service stands in a relay process, so that the library
-// meets a proxy whose process can be killed.
+// The driver transport of the tests, with a relay process that can be killed.
 #include <stdlib.h>
 
 #include <chrono>
@@ -19,7 +18,7 @@
 
 namespace {
 
-// Where the relay finds the object of the test, and what declares it.
+// The name under which the relay finds the test's object, and the fragment that declares it.
 constexpr char kBehindRelay[] = "vendor.tavro.hardware.mirx.IMirx/behind_relay";
 constexpr char kFragment[] =
         "<manifest version=\"1.0\" type=\"device\"><hal format=\"aidl\">"
@@ -29,11 +28,13 @@ constexpr char kFragment[] =
 class DriverTransport : public Transport {
   public:
     DriverTransport() : Transport(true) {
-        unsetenv("DOV_SERVICE_DIR");  // it would send child processes to sockets
-        std::ofstream(mFolder + "/relay.xml") << kFragment;
+        unsetenv("DOV_SERVICE_DIR");  // or child processes would use sockets
+        std::ofstream(mFragment) << kFragment;
         ABinderProcess_setThreadPoolMaxThreadCount(kDriverThreads);
         ABinderProcess_startThreadPool();
     }
+
+    ~DriverTransport() override { std::filesystem::remove(mFragment); }
 
     const std::string& folder() const override { return mFolder; }
 
@@ -53,15 +54,15 @@ class DriverTransport : public Transport {
     void stopServing() override {
         if (mRelay == nullptr) return;
         mRelay.reset();
-        // The service manager hears of the death when everybody else does.
+        // The service manager is notified of the death asynchronously, like every client.
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() != nullptr) {
             if (std::chrono::steady_clock::now() > end) {
-                throw std::runtime_error("the service manager still knows the dead service");
+                throw std::runtime_error("the service manager still returns the dead service");
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        // It cannot be asked to forget a service, and would keep the test's object.
+        // A service cannot be unregistered. Replacing it releases the test's object.
         android::defaultServiceManager()->addService(android::String16(kBehindRelay),
                                                      android::sp<android::BBinder>::make());
     }
@@ -71,8 +72,9 @@ class DriverTransport : public Transport {
         ASSERT_EQ(AServiceManager_addService(object.get(), name), EX_NONE) << name;
     }
 
-    // Where a device has them.
+    // The folder in which a device has its fragments.
     const std::string mFolder = "/vendor/etc/vintf/manifest";
+    const std::string mFragment = mFolder + "/relay.xml";
     std::unique_ptr<ChildProcess> mRelay;
 };
 

@@ -1,4 +1,4 @@
-// What a process that lives for months must not collect.
+// The resources that a process must not leak.
 #include "tests/support/holdings.h"
 
 #include <malloc.h>

@@ -1,4 +1,4 @@
-// Catches what the library under test logs.
+// Captures the log lines of the library under test.
 #include "tests/support/log_capture.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Never destroyed: binder threads and the library's own destructors log while the process ends.
+// Never destroyed: binder threads and the library's destructors log while the process exits.
 std::mutex& gMutex = *new std::mutex;
 std::vector<LogLine>& gLines GUARDED_BY(gMutex) = *new std::vector<LogLine>;
 
@@ -20,7 +20,7 @@ constexpr std::array<std::string_view, 4> kLibraryTags = {"MIRXFramework-lib-ven
                                                           "MirxFramework-lib-vendor",
                                                           "[DOV_CLIENT]", "[DOV_CLIENT_WRAPPER]"};
 
-// Whatever else there is comes from the binder stack or the test's own service manager.
+// Other lines come from the binder stack or the test's service manager.
 bool isTheLibrarys(std::string_view tag, std::string_view text) {
     return std::find(kLibraryTags.begin(), kLibraryTags.end(), tag) != kLibraryTags.end() ||
            (tag == "(null)" && text.starts_with("BnMirxCallback::"));
@@ -42,7 +42,7 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line) {
 LogCapture::LogCapture() {
     take();
     __android_log_set_logger(capture);
-    __android_log_set_default_tag("(null)");  // given to lines that are logged without one
+    __android_log_set_default_tag("(null)");  // the tag of lines that are logged without one
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
 }
 

@@ -1,4 +1,4 @@
-// Catches what the library under test logs.
+// Captures the log lines of the library under test.
 #pragma once
 
 #include <string>
@@ -16,12 +16,12 @@ struct LogLine {
 
 std::ostream& operator<<(std::ostream& out, const LogLine& line);
 
-// From construction on, this process's log lines go here and nowhere else; the platform's own tags
-// are left out.
+// Captures the log lines of this process instead of printing them. Drops those with the platform's
+// own tags.
 class LogCapture {
   public:
     LogCapture();
 
-    // The lines since the last call, or since the beginning; forgets them.
+    // Returns and clears the captured lines.
     std::vector<LogLine> take();
 };

@@ -1,4 +1,4 @@
-// Every call that the library makes to its service, as one table.
+// A table of every call that the library makes to its service.
 #include "tests/support/operations.h"
 
 #include <memory>
@@ -38,7 +38,7 @@ std::string text(int result) {
 
 thread_local int gRegistered = -1;
 
-// Thermal registrations must not meet others; see the header.
+// Held exclusively by thermal registrations, which must not run in parallel with others.
 std::shared_mutex gThermal;
 
 template <typename Register>

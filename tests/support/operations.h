@@ -1,4 +1,4 @@
-// Every call that the library makes to its service, as one table.
+// A table of every call that the library makes to its service.
 #pragma once
 
 #include <memory>
@@ -7,28 +7,28 @@
 
 #include <dov/ClientCallback.h>
 
-// What the service answers to an operation beside its status.
+// The service's answer to an operation, besides the status.
 enum class Reply { kNone, kNumber, kText, kData, kOneWay };
 
 struct Operation {
     const char* name;
-    // The service's operation that it calls.
+    // The name of the service's operation that is called.
     const char* service;
     Reply reply;
-    // Makes the call and gives what came out of it as text: the number or the text returned, what
-    // was thrown, or nothing. `n` goes to the service where there is room for it. Any thread.
+    // Makes the call. Returns its outcome as text: the returned number or text, the exception, or
+    // nothing. Sends `n` to the service if the operation has an argument for it. Thread-safe.
     std::string (*call)(int n);
-    // What comes out when the call fails.
+    // The outcome of a failed call.
     const char* failed = "-1";
 };
 
 // All operations, in the order of the headers.
 const std::vector<Operation>& operations();
 
-// Registers `callback` for a resource in the way of the operations, which see to it that thermal
-// registrations meet no other. Gives the handle.
+// Registers `callback` for a resource and returns the handle. Never runs in parallel with a thermal
+// registration of the table, because the library has no lock for those.
 int registerListener(int opcode, const std::shared_ptr<IClientCallback>& callback);
 
-// Ends the registration that the calling thread has made last by any of these; does nothing
-// when there is none. Until then the same `n` cannot be registered again.
+// Unregisters the last registration of the calling thread, if there is one. Until then the same `n`
+// cannot be registered again.
 void endRegistration();

@@ -1,12 +1,12 @@
-// What became of a query that may throw.
+// The outcome of a query that may throw.
 #pragma once
 
 #include <optional>
 #include <stdexcept>
 #include <string>
 
-// The number that `query` returns, or what it throws; it may throw what its header says and nothing
-// else.
+// Returns the number that `query` returns, or the exception that it throws. Catches only the
+// exceptions that queries are documented to throw.
 template <typename Query>
 std::string outcome(Query query) {
     try {

@@ -1,5 +1,4 @@
-// Between the library and the platform: counts what the library asks and makes, and answers what
-// cannot be had for real.
+// Wraps functions of the platform, to count the library's calls and to inject faults.
 #include "tests/support/platform_seam.h"
 
 #include <dlfcn.h>
@@ -13,7 +12,7 @@ PlatformSeam& platformSeam() {
 
 namespace {
 
-// The platform's own function of the same name.
+// Finds the platform's function of the given name.
 template <typename Function>
 Function* platforms(Function* /*own*/, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
@@ -27,7 +26,7 @@ AIBinder* localObject() {
 
 }  // namespace
 
-// A program's own functions come before those of the libraries that it loads.
+// A program's own functions override those of the libraries that it loads.
 #pragma GCC visibility push(default)
 extern "C" bool AServiceManager_isDeclared(const char* instance) {
     ++platformSeam().declarationChecks;

@@ -1,5 +1,4 @@
-// Between the library and the platform: counts what the library asks and makes, and answers what
-// cannot be had for real.
+// Wraps functions of the platform, to count the library's calls and to inject faults.
 #pragma once
 
 #include <atomic>
@@ -7,15 +6,14 @@
 #include <android/binder_auto_utils.h>
 
 struct PlatformSeam {
-    // How often it was asked whether a service is declared: once for a binding, twice when it is
-    // not.
+    // Calls of AServiceManager_isDeclared: one for each binding, two if the service is undeclared.
     std::atomic<int> declarationChecks = 0;
-    // How often a service was waited for.
+    // Calls of AServiceManager_waitForService.
     std::atomic<int> waits = 0;
-    // Handed out instead of a proxy when set: linking to the death of an object of one's own
-    // process fails.
+    // If set, look-ups return this object instead of a proxy. Linking to the death of a local
+    // object fails.
     ndk::SpAIBinder localObject;
-    // Death recipients of the NDK that are made and not yet freed.
+    // NDK death recipients that have not been freed yet.
     std::atomic<int> deathRecipients = 0;
 };
 

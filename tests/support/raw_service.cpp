@@ -1,4 +1,4 @@
-// A service that answers with whatever bytes a test writes.
+// A service that answers with the bytes that a test writes.
 #include "tests/support/raw_service.h"
 
 #include <utility>
@@ -12,7 +12,7 @@ namespace {
 binder_status_t onTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
                            AParcel* out) {
     constexpr transaction_code_t kOneWayRequest = FIRST_CALL_TRANSACTION + 13;
-    if (code == kOneWayRequest) return STATUS_OK;  // there is nowhere to write to
+    if (code == kOneWayRequest) return STATUS_OK;  // it has no reply
     return (*static_cast<RawAnswer*>(AIBinder_getUserData(binder)))(code, in, out);
 }
 

@@ -1,4 +1,4 @@
-// A service that answers with whatever bytes a test writes.
+// A service that answers with the bytes that a test writes.
 #pragma once
 
 #include <functional>
@@ -6,11 +6,11 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 
-// Answers the transaction `code` (from FIRST_CALL_TRANSACTION up): writes to `out`, or returns an
-// error.
+// Answers the transaction `code` (FIRST_CALL_TRANSACTION or more): writes the reply to `out`, or
+// returns an error.
 using RawAnswer =
         std::function<binder_status_t(transaction_code_t code, const AParcel* in, AParcel* out)>;
 
-// An object under the interface's name that hands every transaction to `answer`, but for those that
-// nobody waits for. Binder threads call it in parallel.
+// Makes an object with the interface's descriptor that calls `answer` for every transaction except
+// one-way ones. Binder threads call `answer` in parallel.
 ndk::SpAIBinder makeRawService(RawAnswer answer);

@@ -1,4 +1,4 @@
-// A service that records every call and answers as the test says.
+// A service that records every call and gives the answers that the test sets.
 #include "tests/support/recording_service.h"
 
 #include <chrono>
@@ -22,7 +22,7 @@ RecordedCall RecordingService::awaitCall() {
     const android::base::ScopedLockAssertion locked(mMutex);
     const auto hasCome = [this]() REQUIRES(mMutex) { return !mCalls.empty(); };
     if (!mRecorded.wait_for(lock, std::chrono::seconds(10), hasCome)) {
-        throw std::runtime_error("no call came within ten seconds");
+        throw std::runtime_error("no call arrived within ten seconds");
     }
     RecordedCall call = std::move(mCalls.front());
     mCalls.erase(mCalls.begin());

@@ -1,4 +1,4 @@
-// A service that records every call and answers as the test says.
+// A service that records every call and gives the answers that the test sets.
 #pragma once
 
 #include <atomic>
@@ -16,7 +16,7 @@ using aidl::vendor::tavro::hardware::mirx::IMirxCallback;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestData;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 
-// One call as the service received it; what an operation does not have keeps its default.
+// One received call. Members that the operation does not use keep their defaults.
 struct RecordedCall {
     std::string operation;
     MirxRequestParcel parcel;
@@ -28,20 +28,20 @@ struct RecordedCall {
 
 class RecordingService : public BnMirx {
   public:
-    // What the operations answer.
+    // The answer of every operation that returns a number.
     std::atomic<int32_t> answer = 1;
-    // While this is set, each answer that is a number is one more than the one before.
+    // While set, each answer that is a number is one greater than the previous one.
     std::atomic<bool> counting = false;
     std::vector<MirxRequestData> state;
     std::string property;
-    // Operations fail with an exception while this is set.
+    // While set, operations fail with an exception.
     std::atomic<bool> failing = false;
-    // `hook` is called with the operation's name within every call, before it is answered.
+    // Sets a function that every call runs with the operation's name, before it is answered.
     void whenCalled(std::function<void(const std::string&)> hook);
 
-    // The calls since the last take(), in the order in which they came.
+    // Returns and clears the recorded calls, in the order in which they arrived.
     std::vector<RecordedCall> take();
-    // Waits until a call that nobody waits for has come: gives the next recorded one.
+    // Waits for a one-way call to arrive, and returns the next recorded call.
     RecordedCall awaitCall();
 
     ndk::ScopedAStatus init() override;

@@ -1,5 +1,7 @@
-// test-relay: serves under one name what another process serves under another, over the driver. A
-// test kills it in place of the service that it keeps in its own process. relay BEHIND NAME
+// Relays calls over the driver from one service name to another: test-relay BEHIND NAME
+//
+// It registers NAME and forwards to the test's own object, registered as BEHIND. A test kills the
+// relay instead of its own process, in which the object lives.
 #include <future>
 #include <iostream>
 
@@ -16,8 +18,8 @@ using ndk::ScopedAStatus;
 using std::string;
 using std::vector;
 
-// The driver would bring a call that goes back into the calling process to the calling thread. On a
-// thread of its own it arrives on a binder thread there, as a call from a stranger.
+// Makes the call on a new thread. The driver would deliver a call back into the calling process to
+// the calling thread; from a new thread it arrives on a binder thread, as a foreign call does.
 template <typename Call>
 ScopedAStatus elsewhere(const Call& call) {
     return std::async(std::launch::async, call).get();
@@ -113,7 +115,7 @@ int main(int argc, char** argv) {
     const ndk::SpAIBinder behind(AServiceManager_checkService(argv[1]));
     const auto service = IMirx::fromBinder(behind);
     if (service == nullptr) return 1;
-    // Does not outlive the test.
+    // Ends with the test.
     const ndk::ScopedAIBinder_DeathRecipient end(
             AIBinder_DeathRecipient_new([](void*) { std::_Exit(1); }));
     if (AIBinder_linkToDeath(behind.get(), end.get(), nullptr) != STATUS_OK) return 1;

@@ -1,4 +1,4 @@
-// Resources and what the service receives of them as text, to compare and to print.
+// Resources and data elements as text, for comparisons and messages.
 #pragma once
 
 #include <string>

@@ -1,5 +1,4 @@
-// The socket transport of the tests: a folder of services of their own, made and removed by each
-// test process.
+// The socket transport of the tests: each test process makes and removes its own services folder.
 #include <stdlib.h>
 
 #include <filesystem>
@@ -13,7 +12,7 @@
 
 namespace {
 
-// Takes the folder away after the last test.
+// Removes the folder after the last test.
 struct FolderRemoval : public testing::Environment {
     explicit FolderRemoval(std::string folder) : folder(std::move(folder)) {}
     void TearDown() override {
@@ -39,7 +38,7 @@ class SocketTransport : public Transport {
 
     const std::string& folder() const override { return mFolder; }
 
-    // An object of this process is reached through a socket as any other is.
+    // Even an object of this process is reached through a socket.
     void serve(const ndk::SpAIBinder& object) override {
         ASSERT_EQ(AServiceManager_addService(object.get(), kServiceName), STATUS_OK);
     }

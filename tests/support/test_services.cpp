@@ -1,4 +1,4 @@
-// The fixture of every test that calls the service.
+// The fixture for tests that call the service.
 #include "tests/support/test_services.h"
 
 #include <chrono>
@@ -60,12 +60,12 @@ BinderTest::BinderTest() {
 }
 
 BinderTest::~BinderTest() {
-    // Leaves both bindings empty for the next test: a call that fails drops its proxy. The proxies
-    // go before the service does, so that no notice of its death comes late.
+    // Empties both bindings for the next test: a failed call drops its proxy. The proxies must be
+    // dropped before the service ends, or a death notice could arrive in the next test.
     services().localObject = nullptr;
     service->whenCalled(nullptr);
     service->failing = true;
-    // The service manager may not have heard yet that what it knows is dead.
+    // The service manager may not know yet that the service is dead.
     const ndk::SpAIBinder known(AServiceManager_checkService(kServiceName));
     if (known.get() == nullptr || AIBinder_ping(known.get()) != STATUS_OK) {
         declare();
@@ -76,7 +76,7 @@ BinderTest::~BinderTest() {
     stopServing();
 }
 
-// Notices are delivered one after the other, in the order in which the recipients were linked.
+// Blocks later death notices: they are delivered one at a time, in the order of the links.
 struct BinderTest::HeldBackDeath::Recipient : public android::IBinder::DeathRecipient {
     void binderDied(const android::wp<android::IBinder>&) override { letGo.wait(); }
     std::latch letGo{1};

@@ -1,4 +1,4 @@
-// The fixture of every test that calls the service.
+// The fixture for tests that call the service.
 #pragma once
 
 #include <atomic>
@@ -16,8 +16,8 @@
 #include "tests/support/platform_seam.h"
 #include "tests/support/transport.h"
 
-// A test with the service declared and served by `service` in this process, reached through the
-// chosen transport with real parcels; both bindings empty.
+// Starts each test with empty bindings and a declared service: `service`, an object of this process
+// that calls reach through the chosen transport, with real parcels.
 class BinderTest : public testing::Test {
   protected:
     BinderTest();
@@ -25,22 +25,22 @@ class BinderTest : public testing::Test {
 
     static void declare();
     static void undeclare();
-    // Registers `service`, or `object` in its place, under the service's name.
+    // Registers `service` or `object` under the service's name.
     void serve();
     static void serve(const ndk::SpAIBinder& object);
-    // Registers `object`, which is not what the service should be.
+    // Registers an object that does not implement the service's interface.
     static void serveAsItIs(const ndk::SpAIBinder& object) {
         Transport::chosen().serveAsItIs(object);
     }
-    // Starts mirx-simulator and waits until it serves; it takes the place of what served before.
+    // Starts mirx-simulator in place of the current service and waits until it serves.
     static std::unique_ptr<ChildProcess> startSimulator();
-    // Ends the service as its death would; notices of it may come later.
+    // Ends the service as its death would. Death notices may arrive later.
     static void stopServing();
-    // Ends the service as its death would, and waits until `notices` bindings have heard of it.
+    // Ends the service as its death would, and waits until `notices` bindings have logged it.
     void endService(int notices);
 
-    // While it exists, the running service's death stays unheard of: the library's next call meets
-    // a dead service. Made before the library binds.
+    // Delays the notice of the service's death while it exists, so that the library's next call
+    // reaches a dead service. Must be made before the library binds.
     class HeldBackDeath {
       public:
         HeldBackDeath();
@@ -55,7 +55,7 @@ class BinderTest : public testing::Test {
     static PlatformSeam& services();
     static const std::string& folder();
 
-    // Waits until `condition` holds; false when it does not in time.
+    // Waits until `condition` is true. Returns false if it is still false after `time`.
     static bool eventually(const std::function<bool()>& condition,
                            std::chrono::seconds time = std::chrono::seconds(10));
 

@@ -1,5 +1,4 @@
-// How a test process and its service reach each other: over sockets, or over the kernel's binder
-// driver.
+// The transport between a test and its service: sockets or the kernel's binder driver.
 #include "tests/support/transport.h"
 
 #include <stdlib.h>
@@ -12,7 +11,7 @@ Transport& Transport::chosen() {
         const std::string name = variable == nullptr ? "sockets" : variable;
         if (name == "driver") return makeDriverTransport();
         if (name == "sockets") return makeSocketTransport();
-        throw std::runtime_error("DOV_TEST_TRANSPORT: there is no transport '" + name + "'");
+        throw std::runtime_error("DOV_TEST_TRANSPORT: unknown transport '" + name + "'");
     }();
     return *transport;
 }

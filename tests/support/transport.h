@@ -1,5 +1,4 @@
-// How a test process and its service reach each other: over sockets, or over the kernel's binder
-// driver.
+// The transport between a test and its service: sockets or the kernel's binder driver.
 #pragma once
 
 #include <memory>
@@ -9,23 +8,23 @@
 
 inline constexpr char kServiceName[] = "vendor.tavro.hardware.mirx.IMirx/default";
 
-// DOV_TEST_TRANSPORT chooses: "driver", or "sockets", which is also what is taken when it is not
-// set. Tests are the same on both; one that cannot run on one says why and is reported as skipped.
+// The environment variable DOV_TEST_TRANSPORT chooses "driver" or "sockets" (the default). The
+// tests are the same for both. A test that cannot run on one of them skips itself with the reason.
 class Transport {
   public:
     static Transport& chosen();
     virtual ~Transport() = default;
 
-    // The folder of the VINTF fragments that say what is declared.
+    // The folder of the VINTF fragments, which declare services.
     virtual const std::string& folder() const = 0;
-    // Makes an object of this process the service, in place of an earlier one. The library meets a
-    // proxy of it, and real parcels.
+    // Makes an object of this process the service, in place of the previous one. The library gets a
+    // proxy for it, and calls use real parcels.
     virtual void serve(const ndk::SpAIBinder& object) = 0;
-    // The same for an object that is not the service it should be. Over the driver it is met as an
-    // object of the own process: the relay would answer for itself what it is.
+    // Like serve(), for an object of another interface. Over the driver the library gets the local
+    // object, because a relay would report its own interface.
     virtual void serveAsItIs(const ndk::SpAIBinder& object) { serve(object); }
-    // Ends that service as the death of its process would. Returns when nobody finds it any more;
-    // notices may come later.
+    // Ends the service as the death of its process would. Returns when look-ups no longer find the
+    // service; death notices may arrive later.
     virtual void stopServing() = 0;
 
     bool isDriver() const { return mIsDriver; }
@@ -37,13 +36,13 @@ class Transport {
     const bool mIsDriver;
 };
 
-// How many threads the driver may ask this process for, besides the one that it starts with.
+// How many binder threads the driver may request, in addition to the first one.
 inline constexpr int kDriverThreads = 4;
 
 std::unique_ptr<Transport> makeSocketTransport();
 std::unique_ptr<Transport> makeDriverTransport();
 
-// Whether the tests run over the driver; those that are about sockets skip themselves then.
+// Whether the tests run over the driver. Tests of the sockets skip themselves then.
 inline bool overDriver() {
     return Transport::chosen().isDriver();
 }

@@ -1,0 +1,91 @@
+// Tests of dov::Hold and dov::Listener with a service that is killed and restarted.
+#include <dov/hold.h>
+#include <dov/listener.h>
+
+#include "tests/support/test_services.h"
+
+using Resources = std::list<DovClient::Resource>;
+
+namespace {
+
+constexpr int32_t kResource = 0x01010010;
+
+}  // namespace
+
+class HoldTest : public BinderTest {
+  protected:
+    size_t releases() {
+        const std::vector<RecordedCall> calls = service->take();
+        return static_cast<size_t>(std::count_if(calls.begin(), calls.end(), [](const auto& call) {
+            return call.operation == "release";
+        }));
+    }
+};
+
+TEST_F(HoldTest, releasesOnce) {
+    service->answer = 7;
+    {
+        dov::Hold hold("VANTEL_ACTION_LAUNCH", "p", "i", 0);
+        EXPECT_TRUE(hold.holds());
+        dov::Hold moved(std::move(hold));
+        EXPECT_EQ(moved.handle(), 7);
+        hold = std::move(moved);
+        EXPECT_EQ(releases(), 0u);
+    }
+    EXPECT_EQ(releases(), 1u);
+    service->answer = -1;
+    EXPECT_FALSE(dov::Hold(3, "p", "i", 0));
+    EXPECT_EQ(releases(), 0u);
+}
+
+TEST_F(HoldTest, neverReleasesToALaterService) {
+    {
+        const dov::Hold hold(std::vector<DovClient::Resource>{{kResource, "1"}}, "i", 0);
+        EXPECT_TRUE(hold.holds());
+        endService(1);
+        serve();
+        service->take();
+        EXPECT_TRUE(hold);
+        EXPECT_FALSE(hold.holds());
+    }
+    EXPECT_EQ(releases(), 0u);
+}
+
+TEST_F(HoldTest, listenerSurvivesKills) {
+    stopServing();
+    std::atomic<int> calls = 0;
+    dov::Listener listener({{kResource, ""}}, [&](const Resources& changed) {
+        EXPECT_EQ(changed.front().opcode, kResource);
+        ++calls;
+    });
+    for (int life = 0; life < 3; ++life) {
+        const auto simulator = startSimulator();
+        EXPECT_TRUE(eventually([&] { return listener.isRegistered(); }));
+        calls = 0;
+        const dov::Hold hold(std::vector<DovClient::Resource>{{kResource, "1"}}, "i", 0);
+        EXPECT_TRUE(hold.holds());
+        EXPECT_TRUE(eventually([&] { return calls == 1; }));
+        simulator->signal(SIGKILL);
+        simulator->wait();
+        EXPECT_TRUE(eventually([&] { return !listener.isRegistered(); }));
+    }
+}
+
+TEST_F(HoldTest, listenerMayEndInItsCallback) {
+    std::atomic<int> calls = 0;
+    std::unique_ptr<dov::Listener> listener;
+    listener = std::make_unique<dov::Listener>(
+            std::vector<std::string>{"/a"},
+            [&](const std::vector<std::string>&, const std::vector<std::string>&) {
+                ++calls;
+                listener = nullptr;
+            });
+    const RecordedCall call = service->awaitCall();
+    ASSERT_TRUE(eventually([&] { return listener->isRegistered(); }));
+    MirxRequestData data;
+    data.path = "/a";
+    call.callback->onCallback({data});
+    EXPECT_EQ(service->awaitCall().operation, "listeningUnregister");
+    call.callback->onCallback({data});
+    EXPECT_EQ(calls, 1);
+}
