@@ -1,7 +1,7 @@
-// What a call costs through the library and without it, with the service in another process.
+// Measures calls through the library and bare calls, with the service in another process.
 //
-// Finds the service as every program here does: over sockets in DOV_SERVICE_DIR, which must hold
-// the VINTF manifest fragment that declares it, or over the driver.
+// Reaches the service as every program here does: over the driver, or over sockets in
+// DOV_SERVICE_DIR, which must hold the VINTF manifest fragment that declares the service.
 #include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
@@ -23,11 +23,11 @@ namespace {
 constexpr char kService[] = "vendor.tavro.hardware.mirx.IMirx/default";
 constexpr char kServe[] = "--serve";
 
-// An emulated machine, which is where the driver is, needs twenty times as long for a call.
+// The driver is measured in an emulated machine, where a call takes twenty times as long.
 constexpr bench::Length kOverSockets = {.rounds = 301, .calls = 20};
 constexpr bench::Length kOverTheDriver = {.rounds = 41, .calls = 10};
 
-// Ends with the process that has started it.
+// Serves in a child process; dies with its parent.
 int serve() {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     ABinderProcess_setThreadPoolMaxThreadCount(8);
@@ -48,7 +48,7 @@ pid_t startService() {
     return posix_spawn(&pid, self, nullptr, nullptr, arguments, environ) == 0 ? pid : -1;
 }
 
-// Null when the service's process ends before it serves.
+// Returns null if the service's process ends before it serves.
 std::shared_ptr<bench::IMirx> awaitService(pid_t process) {
     while (waitpid(process, nullptr, WNOHANG) == 0) {
         const auto hal =
@@ -62,7 +62,7 @@ std::shared_ptr<bench::IMirx> awaitService(pid_t process) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Not a line is written: neither by the library nor by what carries the calls.
+    // Neither the library nor the transport writes a log line.
     __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
     if (argc == 2 && std::strcmp(argv[1], kServe) == 0) return serve();
     if (!AServiceManager_isDeclared(kService)) {

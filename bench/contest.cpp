@@ -1,4 +1,4 @@
-// Compares ways of doing the same thing, in turns.
+// Compares several ways to do the same thing, by taking turns.
 #include "bench/contest.h"
 
 #include <algorithm>
@@ -24,8 +24,8 @@ std::string ratioName(const std::string& way) {
     return way + "/";
 }
 
-// One contest with one number of threads: all threads start and end each way's part of a round
-// together, so a part takes as long as the slowest of them.
+// Runs one contest with one number of threads. All threads start and end each way's part of a
+// round together, so a part takes as long as the slowest thread.
 void compete(benchmark::State& state, const Contest& contest, int calls, std::barrier<>& barrier) {
     const size_t count = contest.ways.size();
     const int thread = state.thread_index();
@@ -34,7 +34,7 @@ void compete(benchmark::State& state, const Contest& contest, int calls, std::ba
     size_t round = 0;
     for (auto _ : state) {
         for (size_t turn = 0; turn < count; ++turn) {
-            // Another one begins each time: none always follows the same one.
+            // Each round starts with another way, so that no way always follows the same one.
             const size_t way = (turn + round) % count;
             barrier.arrive_and_wait();
             const auto begin = Clock::now();
@@ -55,7 +55,7 @@ void compete(benchmark::State& state, const Contest& contest, int calls, std::ba
     }
 }
 
-// Prints a row for each contest; a heading whenever the ways change.
+// Prints a row for each contest, and a heading when the ways change.
 class TablePrinter : public benchmark::BenchmarkReporter {
   public:
     TablePrinter(const std::vector<Contest>& contests, const Table& table)

@@ -1,4 +1,4 @@
-// Compares ways of doing the same thing, in turns.
+// Compares several ways to do the same thing, by taking turns.
 #pragma once
 
 #include <functional>
@@ -7,38 +7,37 @@
 
 namespace bench {
 
-// One of the ways; `run` gets the number of the calling thread, from 0.
+// One way to do it. `run` gets the number of the calling thread, from 0.
 struct Way {
     std::string name;
     std::function<void(int thread)> run;
 };
 
-// The ways are taken in turns, round by round, because the machine's speed changes meanwhile: what
-// is compared are neighbours in time. The first way is the one that the others are measured
-// against.
+// The ways take turns in each round, because the machine's speed changes meanwhile: only times that
+// were measured next to each other are compared. The first way is the reference for the others.
 struct Contest {
     std::string name;
     std::vector<Way> ways;
 };
 
-// How long a contest lasts: `rounds` times `calls` calls of each way, on each thread.
+// The length of a contest: `rounds` times `calls` calls of each way, on each thread.
 struct Length {
     int rounds;
     int calls;
 };
 
-// What is printed of the contests: a row for each, with the medians of the ways' times.
+// The printed table: a row for each contest, with the median time of each way.
 struct Table {
     std::string unit;
     double nanosecondsPerUnit;
-    // Further columns: their titles, and what gives their texts for a contest (index into those
-    // that were registered); called after the contest.
+    // Further columns: their titles, and a function that returns their texts for the contest with
+    // the given index. It is called after the contest.
     std::vector<std::string> titles;
     std::function<std::vector<std::string>(size_t contest)> texts;
 };
 
-// Runs the contests that the options of Google Benchmark in `argv` select, each with every number
-// of threads, and prints the table, with each way's time in relation to the first one's.
+// Runs the contests that the Google Benchmark options in `argv` select, each with every number of
+// threads. Prints the table, with the ratio of each way's time to that of the first way.
 //
 // Returns the exit code of the program.
 int run(int argc, char** argv, const std::vector<Contest>& contests, Length length,

@@ -1,8 +1,8 @@
-// The library's own cost: what is left of a call when nothing has to be carried to another process.
+// Measures the library's own cost: calls to a service in the same process.
 //
-// The service is an object of this process. Beside the library stand the contract's steps written
-// down literally, and the bare call with its parcel made beforehand. With --count, calls each way a
-// hundred times in countedCalls and prints its name, for a tool that counts instructions.
+// Compares the library with the straightforward implementation (bench/literal.h), and checks that
+// the library sends the same as the bare calls of the other benchmark. With --count, calls each way
+// a hundred times in countedCalls and prints its name, for a tool that counts instructions.
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -26,7 +26,7 @@ namespace {
 
 constexpr int kCounted = 100;
 
-// Remembers what it was last asked, and the callback that it was last given.
+// Records the last request and the last callback object.
 class Recorder : public bench::QuietService {
   public:
     std::string asked;
@@ -71,13 +71,13 @@ class Recorder : public bench::QuietService {
   private:
     void record(const std::string& operation, bench::MirxRequestParcel parcel) {
         parcel.callback = nullptr;
-        if (operation == "oneWayRequest") parcel.handle = 0;  // a random one
+        if (operation == "oneWayRequest") parcel.handle = 0;  // random
         asked = operation + " " + parcel.toString();
         parcelAllocations = allocationsOf([&] { const bench::MirxRequestParcel copy = parcel; });
     }
 };
 
-// The comparison with the bare call is worth nothing unless both send the same.
+// Whether the bare call and the library send the same. Otherwise their times do not compare.
 bool sameIsSent(Recorder& recorder) {
     recorder.recording = true;
     bool same = true;
@@ -103,7 +103,7 @@ class Dropping : public IClientCallback {
     void onCallback(std::list<Resource>) override {}
 };
 
-// A contest, and what its call cannot do without.
+// A contest, and the number of allocations that its call cannot avoid.
 struct Entry {
     bench::Contest contest;
     size_t needed = 0;
@@ -117,7 +117,7 @@ Entry entry(std::string name, std::function<void()> library, std::function<void(
              {way("library", std::move(library)), way("literal", std::move(literally))}}};
 }
 
-// What is logged is formatted and then dropped.
+// Makes the call with the log on: lines are formatted and then dropped.
 template <typename Call>
 std::function<void()> logging(Call call) {
     return [call] {

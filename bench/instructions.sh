@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Counts the instructions of one call of each way of cost_bench: instructions.sh COST_BENCH
+# Counts the instructions of one call for each way in cost_bench: instructions.sh COST_BENCH
 set -euo pipefail
 calls=100  # as many as cost_bench makes in countedCalls
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-# Without the debug information, which valgrind does not read: the program and the libraries that were built here.
+# The program and the libraries that were built here, stripped: valgrind cannot read their debug information.
 ldd "$1" | awk '$3 !~ "^/(usr/)?lib/" && $3 ~ "^/" { print $3 }' | while read -r file; do
     objcopy --strip-debug "$file" "$work/$(basename "$file")"
 done

@@ -1,4 +1,4 @@
-// The contract's steps written down one by one, without a thought for their cost.
+// The straightforward implementation that the library is measured against.
 #include "bench/literal.h"
 
 #include <cstdio>
@@ -46,7 +46,7 @@ bool call(const std::function<ndk::ScopedAStatus(IMirx&)>& operation) {
     return status.isOk();
 }
 
-// Steps 1 and 2 of an acquisition.
+// Builds the name of the trace section in a cleared buffer, and opens and closes the section.
 void mark(const std::string& function, const std::string& description) {
     char name[1024];
     std::memset(name, 0, sizeof(name));
@@ -55,6 +55,7 @@ void mark(const std::string& function, const std::string& description) {
     if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) atrace_end_body();
 }
 
+// Builds the data elements of a request, each as a copy.
 void append(std::vector<MirxRequestData>& data, const std::vector<Resource>& resources) {
     for (const Resource& resource : resources) {
         MirxRequestData element;
@@ -75,6 +76,7 @@ int32_t ruleCtl(int32_t ruleId, int32_t status, std::vector<Resource> resources)
     return answer;
 }
 
+// Builds the resources of a scene description, from lists of pieces.
 std::vector<Resource> gameAdpList(std::string data) {
     std::vector<Resource> list;
     const std::vector<std::string> groups = stringUtils::split(data, ";");

@@ -1,6 +1,7 @@
-// The contract's steps written down one by one, without a thought for their cost: texts by value
-// and put together, lists grown element by element and copied, every search a scan. What the
-// library is measured against; the results are the same.
+// The straightforward implementation that the library is measured against.
+//
+// It gives the same results without any optimisation: it concatenates texts and passes them by
+// value, grows lists element by element and copies them, and searches linearly.
 #pragma once
 
 #include <list>
@@ -17,20 +18,23 @@ namespace bench::literal {
 
 using aidl::vendor::tavro::hardware::mirx::IMirx;
 
-// The proxy that all calls go through; stays bound.
+// Sets the proxy for all calls. It stays bound.
 void bind(const std::shared_ptr<IMirx>& hal);
 
-// Counterparts of the functions of these names.
+// Builds what DovEventAcquire builds: the trace section's name, the log line and the parcel.
 int32_t eventAcquire(int32_t cmdid, const std::string& pkg, const std::string& identity,
                      int32_t duration, const std::vector<DovClient::Resource>& resources);
+// DovEventAcquireWrapper: compares the name with every action, then calls eventAcquire.
 int32_t eventAcquireWrapper(std::string eventId, std::string scene, std::string identity,
                             int32_t timeout);
-// Scene 9000 only, which has the longest description.
+// DovNotifyWapper for scene 9000, which has the longest description: builds its resources.
 int32_t notifyWrapper(std::string name, int32_t type, std::string data);
+// DovMutiResStateRequest: builds the query, and scans the reply for each resource.
 int32_t resStateRequest(std::vector<DovClient::Resource>& resources);
+// mirxResCtlRequest: checks the list and builds the parcel.
 int resCtlRequest(int duration, std::list<DovClient::Resource>& resources, int pid);
 
-// What a callback object does with data that is addressed by id.
+// A callback for resources by opcode: builds the client's list and calls the client.
 void onCallback(const std::vector<MirxRequestData>& data,
                 const std::shared_ptr<IClientCallback>& callback);
 

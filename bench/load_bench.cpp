@@ -1,7 +1,7 @@
-// What loading the library costs a process that has what it depends on already: load_bench LIBRARY
+// Measures loading the library into a process that already has its dependencies: load_bench LIBRARY
 //
 // Prints the time of dlopen in microseconds, the bytes that the library's initialisers allocate,
-// and the kilobytes of its mapping that are the process's own afterwards.
+// and the private kilobytes of its mappings afterwards.
 #include <dlfcn.h>
 #include <malloc.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The pages of every mapping of the file that are no longer the file's.
+// The kilobytes of the file's mappings that are private to this process.
 long privateKilobytes(const std::string& file) {
     std::ifstream maps("/proc/self/smaps");
     long sum = 0;
@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
     }
     const size_t heapBefore = mallinfo2().uordblks;
     const auto begin = std::chrono::steady_clock::now();
-    // All of it is bound at once, as the platform's own loader does.
+    // RTLD_NOW: the platform's loader binds every symbol at once too.
     if (dlopen(argv[1], RTLD_NOW) == nullptr) {
         std::fprintf(stderr, "load_bench: %s\n", dlerror());
         return 1;

@@ -1,4 +1,4 @@
-// What the index of the action names is worth: a look-up against a scan that copies its arguments.
+// Measures a look-up in the index of action names against a linear search.
 #include <dov/DovWrapper.h>
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// The straightforward way: every entry in turn, with the string utilities as they are.
+// The straightforward implementation: compares every entry, with the public string utilities.
 std::optional<int32_t> scan(const std::string& eventId) {
     for (size_t id = 0; id < gActionList.size(); ++id) {
         if (stringUtils::contains(eventId, "VANTEL_") &&
@@ -19,7 +19,7 @@ std::optional<int32_t> scan(const std::string& eventId) {
     return std::nullopt;
 }
 
-// Nanoseconds for one call of `find`, over all of `eventIds`, `rounds` times.
+// The nanoseconds of one call of `find`, averaged over `rounds` passes through `eventIds`.
 template <typename Find>
 double measure(const Find& find, const std::vector<std::string>& eventIds, int rounds) {
     int64_t sum = 0;
@@ -28,7 +28,7 @@ double measure(const Find& find, const std::vector<std::string>& eventIds, int r
         for (const std::string& eventId : eventIds) sum += find(eventId).value_or(-1);
     }
     const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - begin;
-    [[maybe_unused]] volatile int64_t used = sum;  // keeps the calls
+    [[maybe_unused]] volatile int64_t used = sum;  // keeps the compiler from removing the calls
     return time.count() / (rounds * static_cast<double>(eventIds.size()));
 }
 

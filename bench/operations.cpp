@@ -1,4 +1,4 @@
-// The operations of the library, each beside the bare call of the generated proxy.
+// Every operation of the library, paired with the bare call of the generated proxy.
 #include "bench/operations.h"
 
 #include <unistd.h>
@@ -70,7 +70,7 @@ MirxRequestParcel parcelOf(int32_t kind, std::vector<MirxRequestData> elements =
     return parcel;
 }
 
-// As the event interface sends it.
+// A parcel as the event interface sends it.
 MirxRequestParcel eventParcel(int32_t kind, std::vector<MirxRequestData> elements,
                               const std::string& package) {
     MirxRequestParcel parcel = parcelOf(kind, std::move(elements));
@@ -80,7 +80,7 @@ MirxRequestParcel eventParcel(int32_t kind, std::vector<MirxRequestData> element
     return parcel;
 }
 
-// As the low-level client sends it.
+// A parcel as the low-level client sends it.
 MirxRequestParcel controlParcel(int32_t kind, std::vector<MirxRequestData> elements) {
     MirxRequestParcel parcel = parcelOf(kind, std::move(elements));
     parcel.handle = -1;
@@ -92,7 +92,7 @@ MirxRequestParcel controlParcel(int32_t kind, std::vector<MirxRequestData> eleme
 
 using Run = std::function<void(int thread)>;
 
-// The bare calls, with what they send.
+// The bare calls, with the parcels that they send.
 class Bare {
   public:
     explicit Bare(std::shared_ptr<IMirx> hal) : mHal(std::move(hal)) {}
@@ -106,7 +106,7 @@ class Bare {
             hal->request(parcel, &result);
         };
     }
-    // The callback object is new each time, as a request that is called back once needs it.
+    // Makes a new callback object for each call: an object of a request is called back only once.
     Run requestWithCallback(MirxRequestParcel parcel) const {
         return [hal = mHal, parcel = std::move(parcel)](int) {
             MirxRequestParcel own = parcel;
@@ -203,7 +203,7 @@ void addEventInterface(const Bare& bare, std::vector<Contest>& table) {
     oneWay.handle = 77;
     table.push_back(contest("DovEventAcquireOneWay", bare.oneWay(oneWay),
                             [](int) { DovEventAcquireOneWay(3, kPackage, kIdentity, 2000, {}); }));
-    // The handle comes from the random device, which is opened for each: three system calls.
+    // Draws a handle as the library does: opens, reads and closes the random device each time.
     table.push_back(contest("DovEventAcquireOneWay, both draw", bare.oneWayWithHandle(oneWay),
                             [](int) { DovEventAcquireOneWay(3, kPackage, kIdentity, 2000, {}); }));
     table.push_back(contest("DovResAcquire, 8 resources",

@@ -1,4 +1,4 @@
-// The operations of the library, each beside the bare call of the generated proxy.
+// Every operation of the library, paired with the bare call of the generated proxy.
 #pragma once
 
 #include <list>
@@ -14,15 +14,15 @@ namespace bench {
 
 using aidl::vendor::tavro::hardware::mirx::IMirx;
 
-// How many resources a request has.
+// The numbers of resources in a request.
 inline constexpr size_t kCounts[] = {1, 8, 64};
 
-// Resources as callers have them: an opcode and a frequency.
+// Makes typical resources: an opcode and a frequency.
 std::vector<DovClient::Resource> resources(size_t count);
 std::list<DovClient::Resource> resourceList(size_t count);
 
-// The ways "bare", a call through `hal` with everything that travels made beforehand, and
-// "library". Both send the same. `hal` must stay bound.
+// Returns a contest for each operation, with two ways that send the same: "bare", a call through
+// `hal` with a parcel that was made beforehand, and "library". `hal` must stay bound.
 std::vector<Contest> operations(const std::shared_ptr<IMirx>& hal);
 
 }  // namespace bench

@@ -9,8 +9,8 @@ using aidl::vendor::tavro::hardware::mirx::IMirxCallback;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestData;
 using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 
-// A request that brings a callback is called back before it is answered. The state of resources is
-// given in the order of the request; a request without any gets one element.
+// A request with a callback is called back before it is answered. A state query gets a value for
+// each resource in the order of the request, or one element if it names no resource.
 class QuietService : public aidl::vendor::tavro::hardware::mirx::BnMirx {
   public:
     ndk::ScopedAStatus init() override;

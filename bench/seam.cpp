@@ -1,5 +1,4 @@
-// The platform's service manager and death notices, stood in for: the service is an object of this
-// process, and a call through the library is a plain virtual call at its end.
+// Replaces the service manager and death notices, so that the service can be a local object.
 #include "bench/seam.h"
 
 #include <android/binder_ibinder.h>
@@ -16,7 +15,7 @@ static AIBinder* found() {
     return gService.get();
 }
 
-// These come before those of the platform's library, also for the client library.
+// These override the functions of the platform's library, for the client library too.
 #pragma GCC visibility push(default)
 extern "C" {
 
@@ -32,7 +31,7 @@ AIBinder* AServiceManager_waitForService(const char*) {
     return found();
 }
 
-// An object of one's own process cannot be linked to.
+// The platform refuses to link to the death of a local object.
 binder_status_t AIBinder_linkToDeath(AIBinder*, AIBinder_DeathRecipient*, void*) {
     return STATUS_OK;
 }

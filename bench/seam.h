@@ -1,5 +1,6 @@
-// The platform's service manager and death notices, stood in for: the service is an object of this
-// process, and a call through the library is a plain virtual call at its end.
+// Replaces the service manager and death notices, so that the service can be a local object.
+//
+// A call through the library then ends in a virtual call of the service.
 #pragma once
 
 #include <memory>
@@ -8,7 +9,7 @@
 
 namespace bench {
 
-// What every look-up finds from now on.
+// Sets the service that every look-up returns from now on.
 void provide(const std::shared_ptr<QuietService>& service);
 
 }  // namespace bench

@@ -1,27 +1,30 @@
-// Arbitrary words on dovctl's command line, with no service there to send anything to.
+// Fuzzes dovctl's command line, without a service.
 //
-// Input: the words, one a line.
+// Input: the words of the command line, one per line.
 #include <cstdlib>
 #include <sstream>
 
 #include "dovctl/dovctl.h"
 #include "fuzz/fake_service.h"
+#include "tests/support/test_waiter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::answerNothing();
     std::istringstream lines(std::string(data, data + size));
     std::vector<std::string> words;
     for (std::string line; std::getline(lines, line);) {
-        // A command line cannot carry zero characters.
+        // A word ends at a zero character, as on a real command line.
         words.push_back(line.c_str());
     }
     std::ostringstream out, err;
-    dovctl::Dovctl dovctl(out, err, [] {});
+    TestWaiter waiter;
+    dovctl::Dovctl dovctl({out}, {err}, waiter);
     const int code = dovctl.run(words);
-    // Every failure says why, and success prints what was asked for: there is no service.
+    // Every failure must give a reason, and every success must print something: without a service,
+    // only commands that print can succeed.
     const bool said = !(code == dovctl::kDone ? out : err).str().empty();
     const bool diagnosed = out.str().find("failed") != std::string::npos;  // doctor's answer
-    if (code < dovctl::kDone || code > dovctl::kNoService) std::abort();
+    if (code < dovctl::kDone || code > dovctl::kNoOutput) std::abort();
     if (!said && !diagnosed) std::abort();
     return 0;
 }

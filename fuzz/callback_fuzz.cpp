@@ -1,4 +1,4 @@
-// Callbacks with arbitrary data: what arrives at the client is what the data says.
+// Fuzzes the data of callbacks: the client must receive what the data says.
 //
 // Input: one byte that selects the kind of callback, then the arguments of onCallback.
 #include <cstdlib>
@@ -17,7 +17,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// What a client has been told, of either kind.
+// The data that a client of either kind has received.
 struct Heard {
     int calls = 0;
     std::vector<int32_t> opcodes;
@@ -48,7 +48,7 @@ void check(bool holds) {
     if (!holds) std::abort();
 }
 
-// The arguments as a reader of its own understands them; false when they are none.
+// Reads the arguments independently of the callback object. Returns false if they are malformed.
 bool read(const AParcel* in, std::vector<MirxRequestData>& data) {
     return ndk::AParcel_readVector(in, &data) == STATUS_OK;
 }
@@ -68,7 +68,7 @@ void callBack(bool forOneRequest, bool byPath, std::span<const uint8_t> argument
     const auto object = AIBinder_toPlatformBinder(binder.get());
     const bool taken = object->transact(FIRST_CALL_TRANSACTION, in, &reply) == android::OK;
 
-    // The same bytes at the same place, which counts: no element may end beyond 2 GB.
+    // The offset matters: no element may end beyond 2 GB.
     const ndk::ScopedAParcel again(AParcel_create());
     AParcel_unmarshal(again.get(), bytes.data(), bytes.size());
     AParcel_setDataPosition(again.get(), static_cast<int32_t>(start));

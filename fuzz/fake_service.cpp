@@ -1,4 +1,4 @@
-// Stands in for the service without a transport: its replies are bytes that a fuzz target chooses.
+// A fake service without a transport, whose replies are bytes that a fuzz target chooses.
 #include "fuzz/fake_service.h"
 
 #include <android/log.h>
@@ -18,7 +18,7 @@ namespace {
 bool gDeclared = true;
 std::span<const uint8_t> gReply;
 
-// To the library an object that is not its own, so that all goes through parcels.
+// The library treats this object as one of another process, so every call uses parcels.
 class Remote : public android::BBinder {
   public:
     const String16& getInterfaceDescriptor() const override {

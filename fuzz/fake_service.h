@@ -1,4 +1,4 @@
-// Stands in for the service without a transport: its replies are bytes that a fuzz target chooses.
+// A fake service without a transport, whose replies are bytes that a fuzz target chooses.
 #pragma once
 
 #include <cstdint>
@@ -6,11 +6,11 @@
 
 namespace fuzz {
 
-// From now on both bindings find a service, which answers every transaction with these bytes. They
-// must stay as they are until the next call. Keeps what the library logs from being printed.
+// Makes both bindings find a service that answers every transaction with `reply`. The bytes must
+// stay valid until the next call of this function. Also discards the library's log lines.
 void answerWith(std::span<const uint8_t> reply);
 
-// From now on no service is declared.
+// Makes the service undeclared.
 void answerNothing();
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-// Parcels of arbitrary bytes to the contract's stub on the service's side.
+// Fuzzes the parcels that the service's stub reads.
 //
 // Input: one byte for the transaction code, then the arguments.
 #include <cstdlib>
@@ -15,7 +15,7 @@ using ndk::ScopedAStatus;
 
 namespace {
 
-// What was read, is written and read again unchanged, and can be told to people.
+// Checks that a received parcelable survives writing and reading, and has a one-line description.
 template <typename Parcelable>
 void check(const Parcelable& received) {
     const ndk::ScopedAParcel parcel(AParcel_create());

@@ -1,7 +1,7 @@
-// Profiles of arbitrary bytes: what is read from one is what stands in it, and what is refused has
-// a place and a reason.
+// Fuzzes the simulator's profiles.
 //
-// Input: the file.
+// A profile that is read must hold what the file says; one that is rejected must have a line and a
+// reason. Input: the file.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -41,8 +41,7 @@ Profile::Kind kindOf(const XMLElement& element) {
     return name == "scene" ? Profile::Kind::kScene : Profile::Kind::kRule;
 }
 
-// What an accepted file says of one event, scene or rule is in the profile, complete and in its
-// order.
+// Checks that the profile has the event, scene or rule of `element`, with all resources in order.
 void checkPolicy(const Profile& profile, const XMLElement& element) {
     std::optional<int32_t> status;
     if (element.Attribute("status") != nullptr) status = numberOf(element, "status");
@@ -64,7 +63,7 @@ void checkPolicy(const Profile& profile, const XMLElement& element) {
     check(resource == policy->resources.end());
 }
 
-// "FILE:LINE: reason", with a line that the file has.
+// Checks that `error` is "FILE:LINE: reason" and that the file has this line.
 void checkError(const std::string& error, const std::string& file, const std::string& text) {
     check(error.starts_with(file + ":"));
     char* end = nullptr;
@@ -76,7 +75,7 @@ void checkError(const std::string& error, const std::string& file, const std::st
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    // A file in memory, which is the same all the time.
+    // One file in memory for all inputs.
     static const int fd = memfd_create("profile", MFD_CLOEXEC);
     static const std::string file = "/proc/self/fd/" + std::to_string(fd);
     const std::string text(data, data + size);

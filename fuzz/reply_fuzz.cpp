@@ -1,4 +1,4 @@
-// Replies of arbitrary shape to every call that waits for one.
+// Fuzzes the replies to every call that waits for one.
 //
 // Input: one byte that selects the call, then the reply.
 #include <algorithm>
@@ -12,23 +12,23 @@
 #include "tests/support/operations.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    // DovGetPMStatus writes there.
+    // DovGetPMStatus writes to std::cout.
     [[maybe_unused]] static const bool quiet = (std::cout.setstate(std::ios::failbit), true);
     if (size == 0) return 0;
     const auto& all = operations();
     const Operation& operation = all[data[0] % all.size()];
-    // A property of 256 characters ends the process, as it should. This is less.
+    // Stays below 256 characters: a longer property aborts the process by contract.
     constexpr size_t kLongestText = 160;
     const size_t most = operation.reply == Reply::kText ? kLongestText : size;
     fuzz::answerWith({data + 1, std::min(size - 1, most)});
     operation.call(7);
     endRegistration();
 
-    // Whatever it was, both bindings understand the next reply, and nothing is left.
+    // Both bindings must understand the next reply, whatever this one was.
     static constexpr uint8_t kNine[] = {0, 0, 0, 0, 9, 0, 0, 0};
     fuzz::answerWith(kNine);
     if (mirxHalclient::mirxResCtlRelease(1) != 9 || setRelatedSysInfo(1, 2) != 9) std::abort();
-    mirxHalclient::mirxResListeningUnRegister(-1);  // the service may have called it that
+    mirxHalclient::mirxResListeningUnRegister(-1);  // the fuzzed handle may be -1
     request_callbacks.clear();
     return 0;
 }

@@ -1,6 +1,6 @@
-// The string utilities and the list builders, against their rules written out the simple way.
+// Fuzzes the string utilities and the list builders against straightforward implementations.
 //
-// Input: one character that splits and trims, then the text.
+// Input: one character to split and trim by, then the text.
 #include <cstdint>
 #include <cstdlib>
 
@@ -119,7 +119,7 @@ bool same(const Resources& a, const Resources& b) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
     const std::string text(data + 1, data + size);
-    const char set[] = {static_cast<char>(data[0]), 'a', '\0'};  // no characters when it is zero
+    const char set[] = {static_cast<char>(data[0]), 'a', '\0'};  // an empty set if data[0] is zero
 
     check(stringUtils::parseInt(text) == parseInt(text));
     check(stringUtils::valueOf(parseInt(text)) == std::to_string(parseInt(text)));
