@@ -88,9 +88,10 @@ class Keeper {
 
     std::string name() const { return mKept.kind == Kept::kHold ? "the hold" : "the registration"; }
 
-    // Until the notice the library may still list the registration.
+    // Until the notice the library may still list the registration. A service that was replaced
+    // may live on, and then no notice comes.
     void awaitNotice() {
-        if (handle() != -1 && mLife->isDead()) mNoticed.get_future().wait_for(kLongestNotice);
+        if (handle() != -1) mNoticed.get_future().wait_for(kLongestNotice);
     }
 
     // Blocks until a running take() has returned. The library is notified of the death afterwards.
