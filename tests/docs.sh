@@ -81,6 +81,9 @@ done < <(cut -s -d '|' -f 4 docs/failures.md | grep -o '`[^`]* [^`]*`' | tr -d '
 # scenes.md: the table that dovctl prints.
 samples docs/scenes.md text | diff - <("$build/dovctl/dovctl" scenes) || complain "scenes.md: dovctl scenes prints another table"
 
+# commands.md: the help of the programs.
+diff docs/commands.md <(docs/commands.sh "$build") || complain "commands.md: the help differs; ./dev docs writes this page"
+
 # README.md: the demo prints the output that is shown. Numbers that change in each run are ignored.
 paragraphs() { sed -E 's/[0-9]{4,}/N/g' | tr '\n' '\1' | sed 's/\x01\x01/\n/g' | sed 's/\x01$//'; }
 host/demo.sh "$build" 2>&1 | paragraphs > "$work/demo"
