@@ -45,11 +45,9 @@ run() {
     fi
 }
 
-# A killed process keeps its files for a moment, and may stay as a zombie when nobody waits for it.
+# A killed process keeps its files until its last thread has ended, and may stay as a zombie when nobody waits for it.
 is_dead() {
-    local state
-    state=$(sed 's/.*) //; s/ .*//' "/proc/$1/stat" 2>/dev/null) || return 0
-    [[ $state = [ZX]* ]]
+    ! grep -qsv ') [ZX] ' "/proc/$1/task/"*/stat
 }
 
 start_service() {
