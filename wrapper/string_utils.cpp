@@ -19,7 +19,7 @@ std::optional<std::string_view> Pieces::next() {
     mRest.remove_prefix(static_cast<size_t>(begin - mRest.begin()));
     if (mRest.empty()) return std::nullopt;
     const auto end = std::find_if(mRest.begin(), mRest.end(), isDelimiter);
-    const std::string_view piece = mRest.substr(0, static_cast<size_t>(end - mRest.begin()));
+    const std::string_view piece(mRest.data(), static_cast<size_t>(end - mRest.begin()));
     mRest.remove_prefix(piece.size());
     return piece;
 }
@@ -33,11 +33,12 @@ std::optional<Pair> firstTwo(std::string_view text, std::string_view delimiters)
 }
 
 std::string_view trimLeft(std::string_view text, std::string_view chars) {
-    return text.substr(std::min(text.find_first_not_of(chars), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(chars), text.size()));
+    return text;
 }
 
 std::string_view trimRight(std::string_view text, std::string_view chars) {
-    return text.substr(0, text.find_last_not_of(chars) + 1);  // npos + 1 is 0
+    return {text.data(), text.find_last_not_of(chars) + 1};  // npos + 1 is 0
 }
 
 std::string_view trim(std::string_view text, std::string_view chars) {
