@@ -94,135 +94,222 @@ const std::vector<Operation>& operations() {
     constexpr int kPower = 0x1011670;
     // clang-format off
     static const std::vector<Operation> table = {
-        {"mirx_init", "init", kNone, [](int) { return nothing(mirx_init); }, ""},
-        {"mirxResCtlRequest", "request", kNumber,
+        {"mirx_init", "init", kNone, "", [](int) { return nothing(mirx_init); }, "", ""},
+        {"mirxResCtlRequest", "request", kNumber, "type 1 handle 5 arg4 -1 pid 5 {7 '5'}",
          [](int n) {
              Resources r = {{7, to_string(n)}};
              return text(mirxResCtlRequest(n, 0, r, n));
          }},
         {"mirxResCtlRequest with callback", "request", kNumber,
+         "type 1 handle 5 pid 5 {7 '5'} callback",
          [](int n) {
              Resources r = {{7, to_string(n)}};
              return text(mirxResCtlRequest(n, 0, r, 0, 0, n, kDeaf));
-         }},
-        {"mirxResCtlRelease", "release", kNumber, [](int n) { return text(mirxResCtlRelease(n)); }},
-        {"mirxSACtlRequest", "request", kNumber,
+         }, "3", "-1",
+         "I mirx client mirxResCtlRequest with callback\nu\n"
+         "bI new std::shared_ptr MirxCallbackClient callback\n"
+         "bI mirx client mirxResCtlRequest add to request_callbacks\n"
+         "f mirx client MirxCallbackClient with callback"},
+        {"mirxResCtlRelease", "release", kNumber, "5",
+         [](int n) { return text(mirxResCtlRelease(n)); }},
+        {"mirxSACtlRequest", "request", kNumber, "type 2 handle 5 pid 5 {2}",
          [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n)); }},
         {"mirxSACtlRequest with callback", "request", kNumber,
-         [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n, kDeaf)); }},
-        {"mirxSACtlRelease", "release", kNumber, [](int n) { return text(mirxSACtlRelease(n)); }},
-        {"mirxResListeningRegister", "listeningRegister", kNumber,
-         [](int n) { return text(registerListener(n, kDeaf)); }},
-        {"mirxResListeningUnRegister", "listeningUnregister", kNumber,
+         "type 2 handle 5 pid 5 {2} callback",
+         [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n, kDeaf)); }, "3", "-1",
+         "I mirx client mirxSACtlRequest with callback\nu\n"
+         "bI new std::shared_ptr MirxCallbackClient callback\n"
+         "bI mirx client mirxSACtlRequest add to request_callbacks\n"
+         "f mirxSACtlRequest with callback"},
+        {"mirxSACtlRelease", "release", kNumber, "5",
+         [](int n) { return text(mirxSACtlRelease(n)); }},
+        {"mirxResListeningRegister", "listeningRegister", kNumber, "pid 5 {5 ''} callback",
+         [](int n) { return text(registerListener(n, kDeaf)); }, "3", "-1",
+         "I mirxResListeningRegister\nu\nf mirx_res_listening_register_map\n"
+         "sI A callback has been registered to Mirx HAL "},
+        {"mirxResListeningUnRegister", "listeningUnregister", kNumber, "5",
          [](int n) {
              std::shared_lock lock(gThermal);
              return text(mirxResListeningUnRegister(n));
-         }},
-        {"mirxResStateRequest", "stateRequest", kData,
-         [](int n) { Resources r = {{7, {}}}, out; return text(mirxResStateRequest(r, n, out)); }},
-        {"mirxThermalNotify", "request", kNumber,
-         [](int n) { Resources r = {{7, to_string(n)}}; return text(mirxThermalNotify(r, n)); }},
-        {"mirxThermalListeningRegister", "thermalListeningRegister", kNumber,
+         }, "3", "-1",
+         "I mirx client mirxResListeningUnRegister\nu\n"
+         "bE The callback was not registered before\nf mirxResListeningUnRegister"},
+        {"mirxResStateRequest", "stateRequest", kData, "pid 5 {7 ''}",
+         [](int n) { Resources r = {{7, {}}}, out; return text(mirxResStateRequest(r, n, out)); },
+         "1", "-1",
+         "I mirx client mirxResStateRequest\nu\nbI mirx client hal mirxResStateRequest\n"
+         "f mirxResStateRequest\nsI mirx client mirxResStateRequest size 1"},
+        {"mirxThermalNotify", "request", kNumber, "type 7 pid 5 {7 '5'}",
+         [](int n) { Resources r = {{7, to_string(n)}}; return text(mirxThermalNotify(r, n)); }, "0"},
+        {"mirxThermalListeningRegister", "thermalListeningRegister", kNumber, "5 callback",
          [](int n) {
              std::lock_guard lock(gThermal);
              gRegistered = mirxThermalListeningRegister({n}, kDeaf);
              return text(gRegistered);
-         }},
-        {"mirxThermalListeningUnregister", "thermalListeningUnregister", kNumber,
-         [](int n) { return text(mirxThermalListeningUnregister(n)); }},
+         }, "3", "-1",
+         "I mirxThermalListeningRegister\nu\nf mirxThermalListeningRegister\n"
+         "sI subsys's callback has been registered to Mirx HAL"},
+        {"mirxThermalListeningUnregister", "thermalListeningUnregister", kNumber, "5",
+         [](int n) { return text(mirxThermalListeningUnregister(n)); }, "3", "-1",
+         "I mirx client mirxThermalListeningUnregister\nu\nf mirxThermalListeningUnregister\n"
+         "sI subsys's callback has been unRegistered to Mirx HAL"},
         {"mirx_resctl_request_by_path", "request", kNumber,
-         [](int n) { return text(mirx_resctl_request_by_path(n, 0, {path(n)}, {"1"}, 0, 0, n)); }},
+         "type 1 handle 5 pid 5 tags zdbdebug {0 '1' path '/5'}",
+         [](int n) { return text(mirx_resctl_request_by_path(n, 0, {path(n)}, {"1"}, 0, 0, n)); },
+         "3", "-1", "I mirx client mirx_resctl_request\nu\nf mirx_resctl_request_by_path"},
         {"mirx_resctl_request_with_callback_by_path", "request", kNumber,
+         "type 1 handle 5 pid 5 tags zdbdebug {0 '1' path '/5'} callback",
          [](int n) {
              return text(mirx_resctl_request_with_callback_by_path(n, 0, {path(n)}, {"1"}, 0, 0, n,
                                                                    kDeafByPath));
-         }},
-        {"mirx_res_state_request_by_path", "stateRequest", kData,
+         }, "3", "-1",
+         "I mirx client mirx_resctl_request_with_callback\nu\n"
+         "bI new std::shared_ptr MirxCallbackClient callback\n"
+         "bI mirx client mirx_resctl_request_with_callback add to request_callbacks\n"
+         "f mirx client mirx_resctl_request_with_callback"},
+        {"mirx_res_state_request_by_path", "stateRequest", kData, "pid 5 tags zdbdebug {0 path '/5'}",
          [](int n) {
              Texts out;
              return text(mirx_res_state_request_by_path({path(n)}, {}, n, out));
-         }},
+         }, "1", "-1",
+         "I mirx client mirx_res_state_request\nu\nf mirx_res_state_request\n"
+         "sI mirx client mirx_res_state_request size 1"},
         {"mirx_res_state_request_map_by_path", "stateRequest", kData,
+         "pid 5 tags zdbdebug {0 '' path '/5'}",
          [](int n) {
              TextMap out;
              return text(mirx_res_state_request_map_by_path({{path(n), ""}}, n, out));
-         }},
+         }, "1", "-1",
+         "I mirx client mirx_res_state_request_map\nu\nf mirx_res_state_request_map\n"
+         "sE res_Path: /5, res_Value:3\nsI mirx client mirx_res_state_request_map size 1"},
         {"mirx_res_listening_register_by_path", "listeningRegister", kNumber,
+         "pid 5 tags zdbdebug {0 path '/5'} callback",
          [](int n) {
              return registered([n] {
                  return mirx_res_listening_register_by_path({path(n)}, n, kDeafByPath);
              });
-         }},
+         }, "3", "-1",
+         "I mirx client mirx_res_listening_register\nu\nf mirx_res_listening_register\n"
+         "sI A callback has been registered to Mirx HAL "},
         {"mirx_res_listening_register_map_by_path", "listeningRegister", kNumber,
+         "pid 5 tags zdbdebug {0 '' path '/5'} callback",
          [](int n) {
              return registered([n] {
                  return mirx_res_listening_register_map_by_path({{path(n), ""}}, n, kDeafByPath);
              });
-         }},
-        {"mirxDumpToDoQueue", "request", kNumber, dumped<mirxDumpToDoQueue>},
-        {"mirxDumpRunMap", "request", kNumber, dumped<mirxDumpRunMap>},
-        {"mirxDumpActiveResMap", "request", kNumber, dumped<mirxDumpActiveResMap>},
-        {"mirxDumpResRequest", "request", kNumber, dumped<mirxDumpResRequest>},
-        {"mirxDumpResInfo", "request", kNumber, dumped<mirxDumpResInfo>},
-        {"mirxDumpSAInfo", "request", kNumber, dumped<mirxDumpSAInfo>},
-        {"mirxDumpPidFdList", "request", kNumber, dumped<mirxDumpPidFdList>},
-        {"mirxDumpPidfdMonitorMap", "request", kNumber, dumped<mirxDumpPidfdMonitorMap>},
-        {"mirxDumpResRecordList", "request", kNumber, dumped<mirxDumpResRecordList>},
-        {"mirxHistoryRequestRecordOn", "request", kNumber, dumped<mirxHistoryRequestRecordOn>},
-        {"mirxHistoryRequestRecordOff", "request", kNumber, dumped<mirxHistoryRequestRecordOff>},
-        {"mirxPropertyGet", "propertyGet", kText, properties, ""},
-        {"mirxPropertySet", "propertySet", kNumber,
+         }, "3", "-1",
+         "I mirx client mirx_res_listening_register_map\nu\nf mirx_res_listening_register_map\n"
+         "sI A callback has been registered to Mirx HAL "},
+        {"mirxDumpToDoQueue", "request", kNumber, "type 5 arg4 1 {0}", dumped<mirxDumpToDoQueue>, "0"},
+        {"mirxDumpRunMap", "request", kNumber, "type 5 arg4 1 {1}", dumped<mirxDumpRunMap>, "0"},
+        {"mirxDumpActiveResMap", "request", kNumber, "type 5 arg4 1 {2}",
+         dumped<mirxDumpActiveResMap>, "0"},
+        {"mirxDumpResRequest", "request", kNumber, "type 5 arg4 1 {3}", dumped<mirxDumpResRequest>,
+         "0"},
+        {"mirxDumpResInfo", "request", kNumber, "type 5 arg4 1 {4}", dumped<mirxDumpResInfo>, "0"},
+        {"mirxDumpSAInfo", "request", kNumber, "type 5 arg4 1 {5}", dumped<mirxDumpSAInfo>, "0"},
+        {"mirxDumpPidFdList", "request", kNumber, "type 5 arg4 1 {6}", dumped<mirxDumpPidFdList>, "0"},
+        {"mirxDumpPidfdMonitorMap", "request", kNumber, "type 5 arg4 1 {7}",
+         dumped<mirxDumpPidfdMonitorMap>, "0"},
+        {"mirxDumpResRecordList", "request", kNumber, "type 5 arg4 1 {8}",
+         dumped<mirxDumpResRecordList>, "0"},
+        {"mirxHistoryRequestRecordOn", "request", kNumber, "type 5 arg4 1 {a}",
+         dumped<mirxHistoryRequestRecordOn>, "0"},
+        {"mirxHistoryRequestRecordOff", "request", kNumber, "type 5 arg4 1 {b}",
+         dumped<mirxHistoryRequestRecordOff>, "0"},
+        {"mirxPropertyGet", "propertyGet", kText, "'5'", properties, "3", "",
+         "I mirx client mirxPropertyGet\nu\nuI mirxPropertyGet  \nf mirxPropertyGet\n"
+         "fI mirxPropertyGet  \nsI mirxPropertyGet 3 "},
+        {"mirxPropertySet", "propertySet", kNumber, "'5' '5'",
          [](int n) { return text(mirxPropertySet(to_string(n), to_string(n))); }},
 
-        {"dovInit", "init", kNone, [](int) { return text(dovInit()); }, "-2"},
-        {"DovEventAcquire", "request", kNumber,
-         [](int n) { return text(DovEventAcquire(1, "p", to_string(n), 0, {})); }},
+        {"dovInit", "init", kNone, "", [](int) { return text(dovInit()); }, "0", "-2",
+         "E dovInit enter\nu\nf mirx_init", "-1"},
+        {"DovEventAcquire", "request", kNumber, "type 8 package 'p' identity '5' {1}",
+         [](int n) { return text(DovEventAcquire(1, "p", to_string(n), 0, {})); }, "3", "-1",
+         "I DovEventAcquire, cmdid:1, pkg:p, identity:5\nu\nf DovEventAcquire\n"
+         "fE mirxResCtlRequest error:-1"},
         {"DovEventAcquireOneWay", "oneWayRequest", kOneWay,
+         "type 8 duration 1 package 'p' identity '5' {1}",
          [](int n) {
              return text(DovEventAcquireOneWay(1, "p", to_string(n), 1, {}) != -1 ? 0 : -1);
-         }, "0"},
-        {"DovResAcquire", "request", kNumber,
-         [](int n) { return text(DovResAcquire({{7, "7"}}, "", to_string(n), 0)); }},
-        {"DovPlatformResAcquire", "request", kNumber,
-         [](int n) { return text(DovPlatformResAcquire({{7, "7"}}, "", to_string(n), "p", 0)); }},
-        {"DovRelease", "release", kNumber,
-         [](int n) { return nothing([n] { DovRelease(n); }); }, ""},
-        {"DovNotify", "request", kNumber, [](int n) { return text(DovNotify(n, 1, {1, 2})); }},
-        {"setRelatedSysInfo", "setRelatedSysInfo", kNumber,
-         [](int n) { return text(setRelatedSysInfo(n, 2)); }},
-        {"dovRuleCtl", "ruleCtl", kNumber,
-         [](int n) { return text(dovRuleCtl(n, 1, {{7, "7"}})); }},
-        {"DovMutiResStateRequest", "stateRequest", kData,
+         }, "0", "0", "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:5\nu", "-1"},
+        {"DovResAcquire", "request", kNumber, "type 1 package '' identity '5' {7 '7'}",
+         [](int n) { return text(DovResAcquire({{7, "7"}}, "ignored", to_string(n), 0)); }, "3", "-1",
+         "I DovResAcquire\nI DovEventAcquire, cmdid:-2, pkg:none, identity:5\nu\nf DovEventAcquire\n"
+         "fE mirxResCtlRequest error:-1"},
+        {"DovPlatformResAcquire", "request", kNumber, "type 12 package 'p' identity '5' {7 '7'}",
+         [](int n) { return text(DovPlatformResAcquire({{7, "7"}}, "", to_string(n), "p", 0)); },
+         "3", "-1",
+         "I DovPlatformResAcquire\nI DovEventAcquire, cmdid:-3, pkg:p, identity:5\nu\n"
+         "f DovEventAcquire\nfE mirxResCtlRequest error:-1"},
+        {"DovRelease", "release", kNumber, "5",
+         [](int n) { return nothing([n] { DovRelease(n); }); }, "", "",
+         "I DovRelease, handle:5\nu\nf mirxResCtlRelease"},
+        {"DovNotify", "request", kNumber, "type 10 {5 arg 1}{5 arg 1}",
+         [](int n) { return text(DovNotify(n, 1, {1, 2})); }, "0", "-1",
+         "I DovNotify enter\nu\nf DovNotify"},
+        {"setRelatedSysInfo", "setRelatedSysInfo", kNumber, "5 2",
+         [](int n) { return text(setRelatedSysInfo(n, 2)); }, "3", "-1", "u\nf setRelatedSysInfo"},
+        {"dovRuleCtl", "ruleCtl", kNumber, "5 1 {7 '7'}",
+         [](int n) { return text(dovRuleCtl(n, 1, {{7, "7"}})); }, "3", "-1",
+         "I dovRuleCtl, ruleId:5, status:1\nu\nf dovRuleCtl"},
+        {"DovMutiResStateRequest", "stateRequest", kData, "{5 ''}",
          [](int n) {
              std::vector<DovClient::Resource> r = {{n, ""}};
              return text(DovMutiResStateRequest(r));
-         }},
-        {"DovResStateRequest", "stateRequest", kData, [](int n) { return stateOf(n); }, "kept"},
+         }, "1", "-1",
+         "I DovMutiResStateRequest enter\nu\nf DovMutiResStateRequest\n"
+         "fE failed to get resource value\nsD get resource value, opcode 0x00000005, value 3"},
+        {"DovResStateRequest", "stateRequest", kData, "{5 ''}", [](int n) { return stateOf(n); },
+         "3", "kept",
+         "I DovResStateRequest enter\nI DovMutiResStateRequest enter\nu\nf DovMutiResStateRequest\n"
+         "fE failed to get resource value\nsD get resource value, opcode 0x00000005, value 3"},
         {"DovResStateRequest of the power", "stateRequest", kData,
-         [](int) { return stateOf(kPower); }},
-        {"DovGetHistory", "stateRequest", kData,
-         [](int) { std::string history; return text(DovGetHistory(history)); }},
+         "type 15 package 'none' {1011670 '0 1 35'}{1011670 '1 1 35'}{1011670 '2 1 35'}",
+         [](int) { return stateOf(kPower); }, "3", "-1",
+         "I dov client DovGetPowerConsis\nu\nf DovGetPowerConsis"},
+        {"DovGetHistory", "stateRequest", kData, "type 11",
+         [](int) { std::string history; return text(DovGetHistory(history)); }, "0", "-1",
+         "I dov client DovGetHistory\nu\nbI dov client hal DovGetHistory\nf DovGetHistory\n"
+         "fE failed to get history or return vector empty, data vector size 0\n"
+         "sD get history successful: start:entry;end"},
         {"DovGetPowerConsis", "stateRequest", kData,
-         [](int) { return outcome(DovGetPowerConsis); }},
-        {"DovGetPMStatus", "stateRequest", kData,
-         [](int n) { return outcome([n] { return DovGetPMStatus(n); }); }},
-        {"Dov_fetch_dataset", "stateRequest", kData,
+         "type 15 package 'none' {1011670 '0 1 35'}{1011670 '1 1 35'}{1011670 '2 1 35'}",
+         [](int) { return outcome(DovGetPowerConsis); }, "3", "-1",
+         "I dov client DovGetPowerConsis\nu\nf DovGetPowerConsis"},
+        {"DovGetPMStatus", "stateRequest", kData, "type 13 {5}",
+         [](int n) { return outcome([n] { return DovGetPMStatus(n); }); }, "3", "-1",
+         "I dov client DovGetPMStatus\nu\nbI dov client hal DovGetPMStatus\nf DovGetPMStatus\n"
+         "fE failed to get power mode status, mode 5, data vector size 0"},
+        {"Dov_fetch_dataset", "stateRequest", kData, "type 16",
          [](int) {
              std::vector<DovClient::Resource> r;
              return outcome([&r] { return Dov_fetch_dataset(r); });
-         }},
-        {"DovGetFeatureStatus", "stateRequest", kData,
-         [](int n) { return outcome([n] { return DovGetFeatureStatus(n); }); }},
-        {"DovEventAcquireWrapper", "request", kNumber,
+         }, "1", "-1",
+         "I Dov_fetch_dataset enter\nu\nf Dov_fetch_dataset\nfE failed to get resource value"},
+        {"DovGetFeatureStatus", "stateRequest", kData, "type 17 {5}",
+         [](int n) { return outcome([n] { return DovGetFeatureStatus(n); }); }, "3", "-1",
+         "I DovGetFeatureStatus enter\nu\nf DovGetFeatureStatus\n"
+         "fE failed to get resource value, 0"},
+        {"DovEventAcquireWrapper", "request", kNumber, "type 8 package 'p' identity '5' {0}",
          [](int n) {
              return text(DovEventAcquireWrapper("VANTEL_ACTION_LAUNCH", "p", to_string(n), 0));
-         }},
-        {"DovReleaseWapper", "release", kNumber,
-         [](int n) { return nothing([n] { DovReleaseWapper(n); }); }, ""},
-        {"DovNotifyWapper", "ruleCtl", kNumber,
-         [](int) { return text(DovNotifyWapper("n", 1, 1, 0, 0, 0, "")); }, "0"},
-        {"clrGameUpgradeMode", "ruleCtl", kNumber,
-         [](int n) { return nothing([n] { clrGameUpgradeMode(n, 0); }); }, ""},
+         }, "3", "-1",
+         "I [DOV_CLIENT_WRAPPER]: [DovEventAcquireWrapper] eventId:VANTEL_ACTION_LAUNCH, scene:p, "
+         "identity:5, timeout:0\nI DovEventAcquire, cmdid:0, pkg:p, identity:5\nu\n"
+         "f DovEventAcquire\nfE mirxResCtlRequest error:-1"},
+        {"DovReleaseWapper", "release", kNumber, "5",
+         [](int n) { return nothing([n] { DovReleaseWapper(n); }); }, "", "",
+         "I [DOV_CLIENT_WRAPPER]: [DovReleaseWapper] 5\nI DovRelease, handle:5\nu\n"
+         "f mirxResCtlRelease"},
+        {"DovNotifyWapper", "ruleCtl", kNumber, "1 1",
+         [](int) { return text(DovNotifyWapper("n", 1, 1, 0, 0, 0, "")); }, "0", "0",
+         "I [DOV_CLIENT_WRAPPER]: [DovNotifyWapper] n, src:1, type:1\n"
+         "I dovRuleCtl, ruleId:1, status:1\nu\nf dovRuleCtl"},
+        {"clrGameUpgradeMode", "ruleCtl", kNumber, "5 0 {1011040 '-1'}{1011040 ''}",
+         [](int n) { return nothing([n] { clrGameUpgradeMode(n, 0); }); }, "", "",
+         "I dovRuleCtl, ruleId:5, status:0\nu\nf dovRuleCtl"},
     };
     // clang-format on
     return table;

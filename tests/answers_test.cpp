@@ -1,0 +1,190 @@
+// Tests of how answers are read: what the caller gets, and what is logged of them.
+#include <dov/dov.h>
+
+#include <functional>
+#include <stdexcept>
+
+#include "tests/support/client_test.h"
+#include "tests/support/outcome.h"
+
+using namespace mirxHalclient;
+using DovClient::Resource;
+using testing::ElementsAre;
+using testing::Pair;
+
+class AnswersTest : public ClientTest {
+  protected:
+    using Data = std::vector<MirxRequestData>;
+
+    static std::string property(const std::string& key) {
+        const std::unique_ptr<char[]> buffer(mirxPropertyGet(key));
+        return buffer.get();
+    }
+};
+
+TEST_F(AnswersTest, eachNumberQueryReadsItsAnswer) {
+    const std::string invalid = "Invalid argument exception: stoi";
+    const std::string outOfRange = "Out of range exception: stoi";
+    const struct {
+        Data state;
+        std::string power, mode, feature;
+        std::string printed;  // the start of what the query of the mode prints
+        std::string featureLog;
+    } cases[] = {
+            {{element(0, " \n-7x")}, "-7", "-7", "-7", "", ""},
+            {{element(0, "2147483648")}, "out of range", "-1", "out of range", outOfRange, ""},
+            {{element(0, "x1")}, "no number", "-1", "no number", invalid, ""},
+            {{element(0)}, "no value", "no value", "no value", "", ""},
+            {{element(1, "1"), element(2, "2")},
+             "1",
+             "1",
+             "-1",
+             "",
+             "\nE failed to get resource value, 2"},
+            {{element(1), element(2, "2")},
+             "no value",
+             "no value",
+             "-1",
+             "",
+             "\nE failed to get resource value, 2"},
+    };
+    ASSERT_EQ(dovInit(), 0);
+    services().declarationChecks = 0;
+    log.take();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(shown(c.state));
+        service->state = c.state;
+        EXPECT_EQ(outcome(DovGetPowerConsis), c.power);
+        std::string value = "kept";
+        const auto ofPower = [&value] { return DovResStateRequest(0x1011670, value), 0; };
+        const bool readable = outcome(ofPower) == "0";
+        EXPECT_EQ(value, readable ? c.power : "kept");
+        EXPECT_EQ(log.text(kDovTag),
+                  "I dov client DovGetPowerConsis\nI dov client DovGetPowerConsis");
+
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(outcome([] { return DovGetPMStatus(2); }), c.mode);
+        const std::string printed = testing::internal::GetCapturedStdout();
+        EXPECT_TRUE(printed.starts_with(c.printed) &&
+                    printed.ends_with(c.printed.empty() ? "" : "\n"))
+                << printed;
+        EXPECT_EQ(printed.empty(), c.printed.empty());
+        EXPECT_EQ(log.text(kDovTag),
+                  "I dov client DovGetPMStatus\nI dov client hal DovGetPMStatus");
+
+        EXPECT_EQ(outcome([] { return DovGetFeatureStatus(3); }), c.feature);
+        EXPECT_EQ(log.text(kDovTag), "I DovGetFeatureStatus enter" + c.featureLog);
+    }
+    EXPECT_EQ(services().declarationChecks, 0) << "an unreadable answer dropped the proxy";
+}
+
+TEST_F(AnswersTest, resourcesGetTheirFirstValue) {
+    const std::string got = "\nD get resource value, opcode 0x";
+    const std::string unmatched = "\nI not match any opcode in dovcore";
+    const struct {
+        std::vector<Resource> asked;
+        Data state;
+        int32_t count;
+        std::string answered, log;
+    } cases[] = {
+            {{{0x10, "old"}, {0x20, {}}, {-1, "x"}},
+             {element(-1, ""), element(0x30, "30"), element(0x20, "20")},
+             2,
+             "{10 'old'}{20 '20'}{ffffffff ''}",
+             unmatched + got + "00000020, value 20" + got + "ffffffff, value "},
+            {{{0x10, "a"}, {0x10, {}}},
+             {element(0x10, "1"), element(0x10, "2")},
+             2,
+             "{10 '1'}{10 '1'}",
+             got + "00000010, value 1" + got + "00000010, value 1"},
+            {{{0x10, "a"}, {0x10, {}}},
+             {element(0x10), element(0x10, "late")},
+             0,
+             "{10 'a'}{10}",
+             ""},
+            {{{0x10, "old"}}, {element(0x11, "1")}, 0, "{10 'old'}", unmatched},
+            {{}, {element(1, "1")}, -1, "", "\nE input resource is empty, return"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(shown(c.asked));
+        service->state = c.state;
+        service->take();
+        std::vector<Resource> resources = c.asked;
+        EXPECT_EQ(DovMutiResStateRequest(resources), c.count);
+        EXPECT_EQ(shown(resources), c.answered);
+        EXPECT_EQ(log.text(kDovTag), "I DovMutiResStateRequest enter" + c.log);
+        EXPECT_EQ(service->take().size(), c.asked.empty() ? 0 : 1);
+        if (c.asked.size() != 1) continue;
+        std::string value = "kept";
+        DovResStateRequest(c.asked[0].opcode, value);
+        EXPECT_EQ(value, "kept");
+        EXPECT_EQ(log.text(kDovTag),
+                  "I DovResStateRequest enter\nI DovMutiResStateRequest enter" + c.log);
+    }
+}
+
+TEST_F(AnswersTest, historyJoinsItsEntries) {
+    service->state = Data(3, element(1, "not this"));
+    service->state[0].extra = "a;b";
+    service->state[2].extra = "";
+    std::string history = "old";
+    EXPECT_EQ(DovGetHistory(history), 0);
+    EXPECT_EQ(history, "start:a;b;none;;end");
+    EXPECT_EQ(log.text(kDovTag),
+              "I dov client DovGetHistory\nI dov client hal DovGetHistory\n"
+              "D get history successful: start:a;b;none;;end");
+}
+
+TEST_F(AnswersTest, datasetEndsAtAnEntryWithoutAValue) {
+    std::vector<Resource> dataset = {{1, "one"}, {2, {}}};
+    service->state = {element(1, "again"), element(-3, "")};
+    EXPECT_EQ(Dov_fetch_dataset(dataset), 4);
+    service->state = {element(4, "four"), element(5), element(6, "six")};
+    EXPECT_THROW(Dov_fetch_dataset(dataset), std::bad_optional_access);
+    EXPECT_EQ(shown(dataset), "{1 'one'}{2}{1 'again'}{fffffffd ''}{4 'four'}");
+    EXPECT_EQ(log.text(kDovTag), "I Dov_fetch_dataset enter\nI Dov_fetch_dataset enter");
+}
+
+TEST_F(AnswersTest, statesAreAppendedOrReplaced) {
+    std::list<Resource> asked = {{5, {}}}, resources = {{1, {}}};
+    std::vector<std::string> texts = {"kept"};
+    std::map<std::string, std::string> map = {{"/a", "kept"}, {"/b", "old"}};
+    MirxRequestData both = pathElement("/b", "7");
+    both.id = -1;
+    for (const Data& state : {Data{both, pathElement("/c"), element(5, "8"), pathElement("/d", ""),
+                                   pathElement("/b", "9")},
+                              Data{}}) {
+        service->state = state;
+        const bool answered = !state.empty();
+        EXPECT_EQ(mirxResStateRequest(asked, 9, resources), answered ? 6 : -1);
+        EXPECT_EQ(mirx_res_state_request_by_path({"/a"}, {}, 9, texts), answered ? 6 : -1);
+        log.take();
+        EXPECT_EQ(mirx_res_state_request_map_by_path({}, 9, map), answered ? 3 : -1);
+        EXPECT_EQ(log.text(kClientTag),
+                  std::string("I mirx client mirx_res_state_request_map") +
+                          (answered ? "\nE res_Path: /b, res_Value:7\nE res_Path: /d, res_Value:"
+                                      "\nE res_Path: /b, res_Value:9"
+                                      "\nI mirx client mirx_res_state_request_map size 3"
+                                    : ""));
+        EXPECT_EQ(shown(resources), "{1}{ffffffff '7'}{0 ''}{5 '8'}{0 ''}{0 '9'}");
+        EXPECT_THAT(texts, ElementsAre("kept", "7", "", "8", "", "9"));
+        EXPECT_THAT(map, ElementsAre(Pair("/a", "kept"), Pair("/b", "9"), Pair("/d", "")));
+    }
+}
+
+TEST_F(AnswersTest, propertyEndsAtTheFirstZeroCharacter) {
+    const std::string longest(255, 'x'), zero(1, '\0');
+    for (const auto& [value, text] : {std::pair<std::string, std::string>("", ""),
+                                      {longest, longest},
+                                      {"head" + zero + longest + "x", "head"}}) {
+        service->property = value;
+        EXPECT_EQ(property("a key"), text);
+        EXPECT_EQ(log.text(kClientTag),
+                  "I mirx client mirxPropertyGet\nI mirxPropertyGet " + text + " ");
+    }
+}
+
+TEST_F(AnswersTest, propertyOver255CharactersAborts) {
+    service->property = std::string(256, 'x');
+    EXPECT_DEATH(mirxPropertyGet("key"), "a value of 256 characters does not fit into 255");
+}

@@ -1,0 +1,270 @@
+// Tests of callback objects: what the client receives, when the library releases it, and services
+// that misuse it.
+#include <thread>
+
+#include <android/binder_parcel_utils.h>
+#include <dov/dov.h>
+
+#include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
+
+#include "tests/support/client_test.h"
+
+using namespace mirxHalclient;
+using aidl::vendor::tavro::hardware::mirx::BnMirxCallback;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr char kTag[] = "MirxFramework-lib-vendor";
+const std::string kPassed =
+        "I MirxCallback::onCallback call IClientCallback onCallback is_register ";
+const std::string kFound = "I callback is found in request_callbacks\n";
+const std::string kNotFound = "E callback not found in request_callbacks\n";
+const std::string kTransaction =
+        "I (null): BnMirxCallback::logFunc NDK BACKEND method_name onCallback exception_code 0 "
+        "exception_message  transaction_error 0 service_specific_error_code 0";
+
+std::string removed(const std::string& counts) {
+    return "I MirxCallback::onCallback request callback called , remove from request_callbacks , "
+           "request_callbacks size before " +
+           counts + "\n";
+}
+
+}  // namespace
+
+class CallbackTest : public ClientTest {
+  protected:
+    ~CallbackTest() override { mirxResListeningUnRegister(handle); }
+
+    // Makes a request and returns the callback object that the service received.
+    std::shared_ptr<IMirxCallback> request(const std::shared_ptr<IClientCallback>& callback) {
+        mirxSACtlRequest(-1, 1, 2, 0, 0, 3, callback);
+        const auto received = theCall().parcel.callback;
+        log.take();
+        return received;
+    }
+    // The same for a registration.
+    std::shared_ptr<IMirxCallback> listen(const std::shared_ptr<IClientCallback>& callback) {
+        std::list<DovClient::Resource> resources = {{7, {}}};
+        handle = mirxResListeningRegister(resources, 1, callback);
+        const auto received = theCall().callback;
+        log.take();
+        return received;
+    }
+
+    int handle = -1;
+    std::shared_ptr<Heard> heard = std::make_shared<Heard>();
+};
+
+TEST_F(CallbackTest, clientGetsEveryElementWithAValue) {
+    MirxRequestData other = element(0x1010010);
+    other.path = "/ignored";
+    const std::vector<MirxRequestData> data = {element(-1, "7"), other};
+    const std::string values =
+            "I MirxCallbackClient::onCallback res_Id 0xffffffff res_Value 7 is_register 0\n"
+            "I MirxCallbackClient::onCallback res_Id 0x1010010 is_register 0\n";
+    EXPECT_TRUE(request(heard)->onCallback(data).isOk());
+    EXPECT_THAT(heard->take(), ElementsAre("{ffffffff '7'}{1010010 ''}"));
+    EXPECT_EQ(log.text(kTag),
+              values + kPassed + "0\n" + kFound + removed("1 after 0") + kTransaction);
+    EXPECT_TRUE(request(nullptr)->onCallback(data).isOk());
+    EXPECT_EQ(log.text(kTag), values + kFound + removed("1 after 0") + kTransaction);
+
+    mirx_res_listening_register_by_path({"/a"}, 1, heard);
+    const auto byPath = theCall().callback;
+    log.take();
+    for (int call = 0; call < 2; ++call) {
+        EXPECT_TRUE(byPath->onCallback({pathElement("/a", "7"), pathElement("/b"), element(1, "8")})
+                            .isOk());
+        EXPECT_THAT(heard->take(), ElementsAre("/a='7',/b='',='8'"));
+        EXPECT_EQ(log.text(kTag),
+                  "I MirxCallbackClient::onCallback res_Id /a res_Value 7 is_register 1\n" +
+                          kPassed + "1\n" + kTransaction);
+    }
+    mirxResListeningUnRegister(1);
+}
+
+// Every function that takes a callback: its kind, and whether it is removed when called.
+TEST_F(CallbackTest, onlyRequestCallbacksAreRemovedWhenCalled) {
+    std::list<DovClient::Resource> none, one = {{1, {}}};
+    const struct {
+        std::function<int()> hand;
+        bool isRequest;
+        std::string received;
+    } cases[] = {
+            {[&] { return mirxResCtlRequest(-1, 1, none, 0, 0, 2, heard); }, true, "{0 '1'}"},
+            {[&] { return mirxSACtlRequest(-1, 1, 2, 0, 0, 2, heard); }, true, "{0 '1'}"},
+            {[&] {
+                 return mirx_resctl_request_with_callback_by_path(-1, 1, {}, {}, 0, 0, 2, heard);
+             },
+             true, "/a='1'"},
+            {[&] { return mirxResListeningRegister(one, 2, heard); }, false, "{0 '1'}"},
+            {[&] { return mirxThermalListeningRegister({1}, heard); }, false, "{0 '1'}"},
+            {[&] { return mirx_res_listening_register_by_path({"/a"}, 2, heard); }, false,
+             "/a='1'"},
+            {[&] {
+                 return mirx_res_listening_register_map_by_path({{"/b", ""}}, 2, heard);
+             },
+             false, "/a='1'"},
+    };
+    for (const auto& c : cases) {
+        ASSERT_EQ(c.hand(), 1);
+        const RecordedCall call = theCall();
+        const auto callback = c.isRequest ? call.parcel.callback : call.callback;
+        EXPECT_EQ(waitingCallbacks(), c.isRequest ? 1u : 0u);
+        callback->onCallback({pathElement("/a", "1")});
+        EXPECT_THAT(heard->take(), ElementsAre(c.received));
+        EXPECT_EQ(waitingCallbacks(), 0u);
+        if (c.isRequest) continue;
+        mirxResListeningUnRegister(1);
+        service->take();
+    }
+}
+
+TEST_F(CallbackTest, everyEntryOfACalledObjectIsRemoved) {
+    const auto callback = request(heard);
+    const auto waiting = request(heard);
+    const auto unknown = request(heard);
+    {
+        std::lock_guard lock(request_callback_mutex);
+        request_callbacks = {request_callbacks[0], request_callbacks[1], request_callbacks[0]};
+    }
+    callback->onCallback({});
+    EXPECT_EQ(log.text(kTag), kFound + kFound + removed("3 after 1") + kTransaction);
+    callback->onCallback({});
+    EXPECT_EQ(log.text(kTag), kNotFound + removed("1 after 1") + kTransaction);
+    EXPECT_THAT(heard->take(), IsEmpty()) << "a call without data reached the client";
+    unknown->onCallback({element(1)});
+    EXPECT_THAT(heard->take(), ElementsAre("{1 ''}"));
+    EXPECT_EQ(waitingCallbacks(), 1u) << "an object that was not called was removed";
+}
+
+TEST_F(CallbackTest, callbackDuringTheRequestMayCallTheLibrary) {
+    heard->then = [] {
+        EXPECT_EQ(mirxResCtlRelease(5), 1);
+        EXPECT_EQ(waitingCallbacks(), 1u);
+    };
+    service->whenCalled([this](const std::string& operation) {
+        if (operation != "request") return;
+        EXPECT_TRUE(theCall().parcel.callback->onCallback({element(1)}).isOk());
+    });
+    EXPECT_EQ(mirxSACtlRequest(-1, 1, 2, 0, 0, 3, heard), 1);
+    EXPECT_THAT(heard->take(), ElementsAre("{1 ''}"));
+    EXPECT_EQ(waitingCallbacks(), 0u);
+    EXPECT_EQ(shown(theCall()), "release 5");
+}
+
+TEST_F(CallbackTest, clientIsFreedWhenLibraryAndServiceReleaseIt) {
+    auto requested = request(heard);
+    auto listening = listen(heard);
+    const std::weak_ptr<Heard> weak = std::exchange(heard, nullptr);
+    EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
+    EXPECT_TRUE(requested->onCallback({element(1)}).isOk());
+    EXPECT_TRUE(listening->onCallback({element(2)}).isOk()) << "the service may call until then";
+    EXPECT_THAT(weak.lock()->take(), ElementsAre("{1 ''}", "{2 ''}"));
+    log.take();
+    requested = listening = nullptr;
+    EXPECT_TRUE(eventually([&] { return weak.expired(); }));
+    const LogLine freed = {ANDROID_LOG_INFO, kTag, "ndk backend ~MirxCallbackClient"};
+    EXPECT_THAT(log.take(), ElementsAre(freed, freed));
+}
+
+TEST_F(CallbackTest, callbackMayUnregisterItself) {
+    auto callback = listen(heard);
+    const std::weak_ptr<Heard> weak = heard;
+    heard->then = [this] { EXPECT_EQ(mirxResListeningUnRegister(handle), 1); };
+    heard.reset();
+    EXPECT_TRUE(callback->onCallback({element(1)}).isOk());
+    service->take();
+    callback.reset();
+    EXPECT_TRUE(eventually([&] { return weak.expired(); }));
+    EXPECT_NE(listen(std::make_shared<Heard>()), nullptr) << "an entry was not removed";
+}
+
+TEST_F(CallbackTest, nextRequestRestoresTheTransactionLog) {
+    int others = 0;
+    const auto callback = request(heard);
+    BnMirxCallback::logFunc = [&](const BnMirxCallback::TransactionLog&) { ++others; };
+    callback->onCallback({});
+    EXPECT_EQ(log.text(kTag) + "\n", kFound + removed("1 after 0"));
+    request(heard);
+    callback->onCallback({});
+    EXPECT_EQ(log.text(kTag), kNotFound + removed("1 after 1") + kTransaction);
+    EXPECT_EQ(others, 1);
+}
+
+// Two threads call each object; another one unregisters while the service still calls.
+TEST_F(CallbackTest, concurrentCallbacksAllReachTheClient) {
+    constexpr int kCalls = 200;
+    const auto requested = request(heard);
+    const auto listening = listen(heard);
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 2; ++i) {
+        callers.emplace_back([&] {
+            for (int call = 0; call < kCalls; ++call) {
+                EXPECT_TRUE(listening->onCallback({element(1)}).isOk());
+                EXPECT_TRUE(requested->onCallback({element(2)}).isOk());
+            }
+        });
+    }
+    EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(heard->take().size(), 4u * kCalls);
+    EXPECT_EQ(waitingCallbacks(), 0u);
+}
+
+// The service calls an object and releases it while another thread unregisters.
+TEST_F(CallbackTest, callbackMayRaceWithItsUnregistration) {
+    for (int round = 0; round < 50; ++round) {
+        auto callback = listen(heard);
+        ASSERT_NE(callback, nullptr);
+        std::thread caller(
+                [callback = std::move(callback)] { callback->onCallback({element(1)}); });
+        EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
+        caller.join();
+        service->take();
+    }
+}
+
+// The object still accepts valid parcels afterwards.
+TEST_F(CallbackTest, malformedParcelsAreRejected) {
+    const struct {
+        std::vector<int32_t> words;
+        transaction_code_t code = FIRST_CALL_TRANSACTION;
+    } bad[] = {
+            {{}},
+            {{-2}},
+            {{INT32_MAX}},
+            {{3}},
+            {{1, 0}},
+            {{1, 1, -8}},
+            {{1, 1, INT32_MAX, 7}},
+            {{2, 1, 24, 7, 0, -1, -1, -1}},
+            {{0}, FIRST_CALL_TRANSACTION + 1},
+    };
+    const auto callback = listen(heard);
+    AIBinder* const binder = callback->asBinder().get();
+    for (const auto& [words, code] : bad) {
+        ndk::ScopedAParcel in, out;
+        EXPECT_EQ(AIBinder_prepareTransaction(binder, in.getR()), STATUS_OK);
+        for (const int32_t word : words) AParcel_writeInt32(in.get(), word);
+        EXPECT_NE(AIBinder_transact(binder, code, in.getR(), out.getR(), 0), STATUS_OK)
+                << testing::PrintToString(words);
+    }
+    EXPECT_THAT(heard->take(), IsEmpty());
+    EXPECT_TRUE(callback->onCallback({element(1)}).isOk());
+    EXPECT_THAT(heard->take(), ElementsAre("{1 ''}"));
+}
+
+// A character takes two bytes. A parcel is limited to 100 KB over sockets and to 1 MB by the driver.
+TEST_F(CallbackTest, largeDataArrivesOrFailsTheServicesCall) {
+    const auto callback = listen(heard);
+    const size_t most = overDriver() ? 500'000 : 50'000;
+    for (const size_t size : {40'000u, 100'000u, 1'000'000u}) {
+        const bool fits = size < most;
+        EXPECT_EQ(callback->onCallback({element(1, std::string(size, 'x'))}).isOk(), fits);
+        EXPECT_EQ(heard->take().size(), fits ? 1u : 0u);
+    }
+    EXPECT_TRUE(eventually([] { return dovInit() == 0; })) << "later calls fail";
+}

@@ -1,0 +1,345 @@
+// Tests of every operation: what it sends, logs and returns in each state of the service.
+#include <dov/dov.h>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <climits>
+
+#include <android-base/strings.h>
+
+#include "tests/support/client_test.h"
+#include "tests/support/operations.h"
+
+using namespace mirxHalclient;
+using DovClient::Resource;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr int kN = 5;  // the number that the table's texts are about
+
+enum State : char { kUndeclared = 'u', kFailing = 'f', kServing = 's', kEmpty = 'e' };
+
+bool isClients(const Operation& operation) {
+    return std::string_view(operation.name).starts_with("mirx");
+}
+
+// The lines of the operation's log in this state. An empty answer is no failed call.
+std::string logIn(State state, const Operation& operation) {
+    const std::string name = operation.name;
+    const std::string regular = "I mirx client " + name + "\nu\nf " + name;
+    const std::string failed = isClients(operation) ? "() failed: " : "() failed : ";
+    std::vector<std::string> lines;
+    for (const std::string& line :
+         android::base::Split(operation.log == nullptr ? regular : operation.log, "\n")) {
+        if (line == "u") {
+            if (state != kUndeclared) continue;
+            lines.emplace_back("E Mirx is not declared, AServiceManager_isDeclared:0");
+            if (isClients(operation)) continue;
+            lines.emplace_back("E dov_get_mirx_hal_and_link_to_death error:-1");
+        } else if (line.starts_with("f ")) {
+            if (state != kFailing) continue;
+            lines.push_back("E " + line.substr(2) + failed + "mirx HAL service not available");
+        } else if (const char when = line[0]; std::isupper(when) != 0) {
+            lines.push_back(line);
+        } else if (when == state || (when == 'b' && state != kUndeclared) ||
+                   (when == 'f' && state == kEmpty)) {
+            lines.push_back(line.substr(1));
+        }
+    }
+    return android::base::Join(lines, '\n');
+}
+
+}  // namespace
+
+class OperationsTest : public ClientTest {
+  protected:
+    OperationsTest() { answerThree(); }
+
+    // Calls the operation and checks its log.
+    std::string call(const Operation& operation, State state) {
+        log.take();
+        std::string outcome = operation.call(kN);
+        EXPECT_EQ(log.text(isClients(operation) ? kClientTag : kDovTag), logIn(state, operation));
+        return outcome;
+    }
+};
+
+TEST_F(OperationsTest, stateOfTheServiceDecidesTheOutcome) {
+    for (const Operation& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        const bool oneWay = operation.reply == Reply::kOneWay;
+        const std::string sent = operation.sent;
+        const bool leaves =
+                operation.service == std::string("request") && sent.ends_with("callback");
+        const size_t waiting = waitingCallbacks();
+        service->failing = true;
+        mirx_init();  // empties the binding
+        dovInit();
+        service->take();
+        undeclare();
+        const char* unbound = operation.unbound ? operation.unbound : operation.failed;
+        EXPECT_EQ(call(operation, kUndeclared), unbound);
+        EXPECT_THAT(service->take(), IsEmpty());
+        EXPECT_EQ(waitingCallbacks(), waiting) << "a callback was left without a service";
+        declare();
+        if (!oneWay) {
+            EXPECT_EQ(call(operation, kFailing), operation.failed);
+            EXPECT_EQ(waitingCallbacks(), waiting + (leaves ? 1 : 0));
+        }
+        service->failing = false;
+        services().declarationChecks = 0;
+        service->take();
+        EXPECT_EQ(call(operation, kServing), operation.result) << "the failed call left an entry";
+        EXPECT_EQ(services().declarationChecks, 1) << "the proxy was not dropped";
+        EXPECT_EQ(waitingCallbacks(), waiting + (leaves ? 2 : 0));
+        RecordedCall received = oneWay ? service->awaitCall() : theCall();
+        if (oneWay) received.parcel.handle = received.parcel.pid = 0;  // differ from call to call
+        EXPECT_EQ(shown(received), operation.service + (sent.empty() ? "" : " " + sent));
+        EXPECT_THAT(service->take(), IsEmpty());
+        endRegistration();
+    }
+}
+
+TEST_F(OperationsTest, anyNumberIsAValidAnswer) {
+    for (const int32_t answer : {INT32_MIN, -1, 0, 1, INT32_MAX}) {
+        service->answer = answer;
+        for (const Operation& operation : operations()) {
+            if (operation.reply != Reply::kNumber) continue;
+            SCOPED_TRACE(operation.name);
+            const std::string result = operation.result;
+            const std::string accepted = isClients(operation) && answer < 1 ? "-1" : result;
+            EXPECT_EQ(call(operation, kServing), result == "3" ? std::to_string(answer) : accepted);
+            service->take();
+            mirxResListeningUnRegister(answer);
+        }
+    }
+}
+
+TEST_F(OperationsTest, emptyStateIsAFailureThatKeepsTheProxy) {
+    service->state = {};
+    mirx_init();
+    ASSERT_EQ(dovInit(), 0);
+    services().declarationChecks = 0;
+    for (const Operation& operation : operations()) {
+        if (operation.reply != Reply::kData) continue;
+        SCOPED_TRACE(operation.name);
+        EXPECT_EQ(call(operation, kEmpty), operation.failed);
+    }
+    EXPECT_EQ(services().declarationChecks, 0);
+}
+
+TEST_F(OperationsTest, argumentsDetermineTheParcel) {
+    std::list<Resource> list = {{0x1010010, "7"}, {0, {}}, {static_cast<int>(0xf0000001), "x"}};
+    const std::vector<Resource> resources = {{7, "1"}, {0x20, {}}, {-1, ""}};
+    std::list<Resource> none, watched = {{5, {}}, {0, "x"}}, out;
+    std::vector<std::string> texts;
+    std::map<std::string, std::string> map;
+    const auto heard = std::make_shared<Heard>();
+    const std::string ofList = "pid 1234 {1010010 '7'}{0 ''}{f0000001 'x'}";
+    const std::string ofResources = "{7 '1'}{20}{ffffffff ''}";
+    const std::string longest = std::to_string(LONG_MAX);
+    const struct {
+        std::function<void()> call;
+        std::string sent;
+    } cases[] = {
+            {[&] { mirxResCtlRequest(9, list, 1234); },
+             "request type 1 handle -1 duration 9 arg4 -1 " + ofList},
+            {[&] { mirxResCtlRequest(9, list, 7, 1234); },
+             "request type 1 handle -1 duration 9 arg4 -1 flag " + ofList},
+            {[&] { mirxResCtlRequest(9, list, 8, 1, 1234); },
+             "request type 1 handle -1 duration 9 arg4 8 flag " + ofList},
+            {[&] { mirxResCtlRequest(5, -1, list, 7, 1234); },
+             "request type 1 handle 5 duration -1 arg4 -1 flag " + ofList},
+            {[&] { mirxResCtlRequest(5, -1, list, 8, -1, 1234); },
+             "request type 1 handle 5 duration -1 arg4 8 " + ofList},
+            {[&] { mirxResCtlRequest(5, -1, list, 8, 1, 1234, heard); },
+             "request type 1 handle 5 duration -1 arg4 8 flag " + ofList + " callback"},
+            {[&] { mirxResCtlRequest(1, none, 2); },
+             "request type 1 handle -1 duration 1 arg4 -1 pid 2"},
+            {[] { mirxSACtlRequest(9, 7, 1234); },
+             "request type 2 handle -1 duration 9 arg4 -1 pid 1234 {7}"},
+            {[] { mirxSACtlRequest(3, -1, -7, 4, 1, -5); },
+             "request type 2 handle 3 duration -1 arg4 4 flag pid -5 {fffffff9}"},
+            {[&] { mirxSACtlRequest(3, -1, -7, 4, 1, -5, heard); },
+             "request type 2 handle 3 duration -1 arg4 4 flag pid -5 {fffffff9} callback"},
+            {[&] { mirxResListeningRegister(watched, 9, heard); },
+             "listeningRegister pid 9 {5 ''}{0 'x'} callback"},
+            {[&] { mirxResStateRequest(watched, 9, out); }, "stateRequest pid 9 {5 ''}{0 'x'}"},
+            {[&] {
+                 mirxThermalListeningRegister({1, -2}, heard);
+             },
+             "thermalListeningRegister 1 -2 callback"},
+            {[&] { mirxThermalNotify(list, 1234); }, "request type 7 " + ofList},
+            {[] {
+                 mirx_resctl_request_by_path(6, LONG_MAX, {"/b", "/a"}, {"2", ""}, 3, 7, 4);
+             },
+             "request type 1 handle 6 duration " + longest +
+                     " arg4 3 flag pid 4 tags zdbdebug {0 '2' path '/b'}{0 '' path '/a'}"},
+            {[&] {
+                 mirx_res_state_request_by_path({"/b", "/a"}, {"1", ""}, 9, texts);
+             },
+             "stateRequest pid 9 tags zdbdebug {0 '1' path '/b'}{0 '' path '/a'}"},
+            {[&] {
+                 mirx_res_state_request_by_path({"/b", "/a"}, {"1"}, 9, texts);
+             },
+             "stateRequest pid 9 tags zdbdebug {0 path '/b'}{0 path '/a'}"},
+            {[&] { mirx_res_state_request_by_path({}, {"1"}, 9, texts); },
+             "stateRequest pid 9 tags zdbdebug"},
+            {[&] {
+                 mirx_res_state_request_map_by_path({{"/z", "2"}, {"/y", ""}}, 9, map);
+             },
+             "stateRequest pid 9 tags zdbdebug {0 '' path '/y'}{0 '2' path '/z'}"},
+            {[&] {
+                 mirx_res_listening_register_by_path({"/b", "/a"}, 9, heard);
+             },
+             "listeningRegister pid 9 tags zdbdebug {0 path '/b'}{0 path '/a'} callback"},
+            {[] { mirxPropertySet("key", "a value"); }, "propertySet 'key' 'a value'"},
+            {[&] { DovEventAcquire(4, "com.example", "me", 2000, resources); },
+             "request type 8 duration 2000 package 'com.example' identity 'me' {4}" + ofResources},
+            {[] { DovEventAcquire(-1, "", "", INT32_MIN, {}); },
+             "request type 8 duration -2147483648 package '' identity '' {ffffffff}"},
+            {[&] { DovEventAcquire(-2, "com.example", "me", 0, resources); },
+             "request type 1 package 'com.example' identity 'me' " + ofResources},
+            {[&] { DovEventAcquire(-3, "", "me", 0, {}); },
+             "request type 12 package '' identity 'me'"},
+            {[&] { DovResAcquire(resources, "ignored", "me", -1); },
+             "request type 1 duration -1 package '' identity 'me' " + ofResources},
+            {[&] { DovPlatformResAcquire(resources, "ignored", "me", "com.example", 9); },
+             "request type 12 duration 9 package 'com.example' identity 'me' " + ofResources},
+            {[] { DovRelease(-1); }, "release -1"},
+            {[] { DovNotify(-3, INT32_MAX, {}); }, "request type 10 {fffffffd arg 2147483647}"},
+            {[] { setRelatedSysInfo(INT32_MIN, -1); }, "setRelatedSysInfo -2147483648 -1"},
+            {[&] { dovRuleCtl(200, -5, resources); }, "ruleCtl 200 -5 " + ofResources},
+            {[] { dovRuleCtl(0, 0, {}); }, "ruleCtl 0 0"},
+    };
+    for (const auto& [call, sent] : cases) {
+        call();
+        EXPECT_EQ(shown(theCall()), sent);
+    }
+    mirxResListeningUnRegister(3);
+    MirxRequestParcel tagged;
+    tagged.stringList = {{"a", std::nullopt, "b"}};
+    mirx_add_zdbdebug_for_request_parcel(tagged);
+    EXPECT_EQ(shown(RecordedCall{.parcel = tagged}), " tags zdbdebug");
+}
+
+TEST_F(OperationsTest, invalidListsAreRefusedOnceBound) {
+    const struct {
+        std::list<Resource> resources;
+        std::vector<std::string> paths, values;
+    } lists[] = {{{{0, "1"}}, {"/a"}, {}},
+                 {{{5, ""}}, {}, {"1"}},
+                 {{{5, {}}}, {"/a"}, {"1", "2"}},
+                 {{{5, "1"}, {0, ""}, {6, ""}}, {"/a", "/b"}, {"1"}}};
+    const auto heard = std::make_shared<Heard>();
+    std::list<Resource> list;
+    std::vector<std::string> paths, values;
+    const struct {
+        std::function<int()> call;
+        std::string entry, refusal;
+    } cases[] = {
+            {[&] { return mirxResCtlRequest(1, list, 2); }, "I mirx client mirxResCtlRequest\n",
+             "E mirxResCtlRequest ERROR: size unmatched for id and value "},
+            {[&] { return mirxResCtlRequest(-1, 1, list, 0, 0, 2, heard); },
+             "I mirx client mirxResCtlRequest with callback\n",
+             "E mirx client mirx_resctl_request ERROR: size unmatched for id and value "},
+            {[&] { return mirxThermalNotify(list, 2); }, "I mirx client mirxThermalNotify\n",
+             "E mirxThermalNotify ERROR: size unmatched for id and level "},
+            {[&] { return mirx_resctl_request_by_path(-1, 1, paths, values, 0, 0, 2); },
+             "I mirx client mirx_resctl_request\n",
+             "E mirx_resctl_request ERROR: size unmatched for paths and value "},
+            {[&] {
+                 return mirx_resctl_request_with_callback_by_path(-1, 1, paths, values, 0, 0, 2,
+                                                                  heard);
+             },
+             "I mirx client mirx_resctl_request_with_callback\n",
+             "E mirx client mirx_resctl_request ERROR: size unmatched for id and value "},
+    };
+    for (const bool bound : {false, true}) {
+        bound ? declare() : undeclare();
+        mirx_init();
+        service->take();
+        for (const auto& invalid : lists) {
+            list = invalid.resources;
+            paths = invalid.paths;
+            values = invalid.values;
+            EXPECT_FALSE(checkResourceList(list)) << shown(list);
+            for (const auto& [call, entry, refusal] : cases) {
+                log.take();
+                EXPECT_EQ(call(), -1);
+                EXPECT_EQ(log.text(kClientTag),
+                          entry + (bound ? refusal
+                                         : "E Mirx is not declared, AServiceManager_isDeclared:0"));
+            }
+        }
+        EXPECT_THAT(service->take(), IsEmpty());
+        EXPECT_EQ(waitingCallbacks(), 0u);
+    }
+    for (std::list<Resource> valid : std::vector<std::list<Resource>>{
+                 {}, {{0, {}}}, {{0, ""}}, {{-5, "1"}}, {{5, "1"}, {0, ""}, {6, "2"}}}) {
+        EXPECT_TRUE(checkResourceList(valid)) << shown(valid);
+    }
+}
+
+TEST_F(OperationsTest, oneWayRequestKeepsItsHandleIfItFails) {
+    HeldBackDeath death;
+    const int32_t handle = DovEventAcquireOneWay(4, "", "", -5, {{7, "1"}, {8, {}}});
+    EXPECT_GE(handle, 0);
+    EXPECT_EQ(log.text(kDovTag),
+              "I DovEventAcquireOneWay, cmdid:4, pkg:none, identity:none\n"
+              "D DovEventAcquireOneWay res_Id:7 ,res_Value:1, \n"
+              "D DovEventAcquireOneWay res_Id:8 ,res_Value:, ");
+    EXPECT_EQ(shown(service->awaitCall()), "oneWayRequest type 8 handle " + std::to_string(handle) +
+                                                   " duration -5 pid " + std::to_string(getpid()) +
+                                                   " package '' identity '' {4}{7 '1'}{8}");
+    stopServing();
+    const int32_t failed = DovEventAcquireOneWay(1, "p", "i", 0, {});
+    EXPECT_GE(failed, 0);
+    EXPECT_EQ(log.text(kDovTag),
+              "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:i\n"
+              "E DovEventAcquireOneWay() failed : mirx HAL service not available\n"
+              "E mirxResCtlRequest error:" +
+                      std::to_string(failed));
+}
+
+TEST_F(OperationsTest, randomHandlesArePositiveAndDiffer) {
+    std::set<int32_t> handles;
+    for (int i = 0; i < 1000; ++i) handles.insert(dovGetRandomHandle());
+    EXPECT_GE(*handles.begin(), 0);
+    EXPECT_GT(handles.size(), 990u);
+    EXPECT_GT(*handles.rbegin(), 0x40000000) << "the upper bits are never set";
+}
+
+TEST_F(OperationsTest, oneWayRequestNeedsNoRandomDevice) {
+    ASSERT_EQ(dovInit(), 0);
+    log.take();
+    service->take();
+    rlimit limit = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const int next = dup(0);
+    close(next);
+    const rlimit full = {.rlim_cur = static_cast<rlim_t>(next), .rlim_max = limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &full), 0);
+    EXPECT_EQ(DovEventAcquireOneWay(1, "p", "i", 0, {}), -1);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(log.text(kDovTag),
+              "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:i\n"
+              "E dovClient open /dev/urandom failed: fd(-1) \n");
+    EXPECT_EQ(service->awaitCall().parcel.handle, -1);
+}
+
+TEST_F(OperationsTest, deadServiceFailsTheCallAndTheNextOneBinds) {
+    const HeldBackDeath unheard;
+    ASSERT_EQ(mirxResCtlRelease(1), 3);
+    stopServing();
+    log.take();
+    EXPECT_EQ(mirxResCtlRelease(1), -1);
+    EXPECT_EQ(log.text(kClientTag),
+              "I mirx client mirxResCtlRelease\n"
+              "E mirxResCtlRelease() failed: mirx HAL service not available");
+    serve();
+    EXPECT_EQ(mirxResCtlRelease(1), 3);
+}
