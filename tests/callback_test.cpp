@@ -1,9 +1,5 @@
-// Tests of callback objects: what the client receives, when the library releases it, and services
-// that misuse it.
+// Tests of callback objects: what the client receives, and when the library releases it.
 #include <thread>
-
-#include <android/binder_parcel_utils.h>
-#include <dov/dov.h>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
 
@@ -88,35 +84,29 @@ TEST_F(CallbackTest, clientGetsEveryElementWithAValue) {
 // Every function that takes a callback: its kind, and whether it is removed when called.
 TEST_F(CallbackTest, onlyRequestCallbacksAreRemovedWhenCalled) {
     std::list<DovClient::Resource> none, one = {{1, {}}};
-    const struct {
-        std::function<int()> hand;
-        bool isRequest;
-        std::string received;
-    } cases[] = {
-            {[&] { return mirxResCtlRequest(-1, 1, none, 0, 0, 2, heard); }, true, "{0 '1'}"},
-            {[&] { return mirxSACtlRequest(-1, 1, 2, 0, 0, 2, heard); }, true, "{0 '1'}"},
+    const std::pair<std::function<int()>, std::string> cases[] = {
+            {[&] { return mirxResCtlRequest(-1, 1, none, 0, 0, 2, heard); }, "{0 '1'}"},
+            {[&] { return mirxSACtlRequest(-1, 1, 2, 0, 0, 2, heard); }, "{0 '1'}"},
             {[&] {
                  return mirx_resctl_request_with_callback_by_path(-1, 1, {}, {}, 0, 0, 2, heard);
              },
-             true, "/a='1'"},
-            {[&] { return mirxResListeningRegister(one, 2, heard); }, false, "{0 '1'}"},
-            {[&] { return mirxThermalListeningRegister({1}, heard); }, false, "{0 '1'}"},
-            {[&] { return mirx_res_listening_register_by_path({"/a"}, 2, heard); }, false,
              "/a='1'"},
+            {[&] { return mirxResListeningRegister(one, 2, heard); }, "{0 '1'}"},
+            {[&] { return mirxThermalListeningRegister({1}, heard); }, "{0 '1'}"},
+            {[&] { return mirx_res_listening_register_by_path({"/a"}, 2, heard); }, "/a='1'"},
             {[&] {
                  return mirx_res_listening_register_map_by_path({{"/b", ""}}, 2, heard);
              },
-             false, "/a='1'"},
+             "/a='1'"},
     };
-    for (const auto& c : cases) {
-        ASSERT_EQ(c.hand(), 1);
+    for (const auto& [hand, received] : cases) {
+        EXPECT_EQ(hand(), 1);
         const RecordedCall call = theCall();
-        const auto callback = c.isRequest ? call.parcel.callback : call.callback;
-        EXPECT_EQ(waitingCallbacks(), c.isRequest ? 1u : 0u);
+        EXPECT_EQ(waitingCallbacks(), call.operation == "request" ? 1u : 0u);
+        const auto callback = call.callback ? call.callback : call.parcel.callback;
         callback->onCallback({pathElement("/a", "1")});
-        EXPECT_THAT(heard->take(), ElementsAre(c.received));
+        EXPECT_THAT(heard->take(), ElementsAre(received));
         EXPECT_EQ(waitingCallbacks(), 0u);
-        if (c.isRequest) continue;
         mirxResListeningUnRegister(1);
         service->take();
     }
@@ -140,21 +130,6 @@ TEST_F(CallbackTest, everyEntryOfACalledObjectIsRemoved) {
     EXPECT_EQ(waitingCallbacks(), 1u) << "an object that was not called was removed";
 }
 
-TEST_F(CallbackTest, callbackDuringTheRequestMayCallTheLibrary) {
-    heard->then = [] {
-        EXPECT_EQ(mirxResCtlRelease(5), 1);
-        EXPECT_EQ(waitingCallbacks(), 1u);
-    };
-    service->whenCalled([this](const std::string& operation) {
-        if (operation != "request") return;
-        EXPECT_TRUE(theCall().parcel.callback->onCallback({element(1)}).isOk());
-    });
-    EXPECT_EQ(mirxSACtlRequest(-1, 1, 2, 0, 0, 3, heard), 1);
-    EXPECT_THAT(heard->take(), ElementsAre("{1 ''}"));
-    EXPECT_EQ(waitingCallbacks(), 0u);
-    EXPECT_EQ(shown(theCall()), "release 5");
-}
-
 TEST_F(CallbackTest, clientIsFreedWhenLibraryAndServiceReleaseIt) {
     auto requested = request(heard);
     auto listening = listen(heard);
@@ -170,18 +145,6 @@ TEST_F(CallbackTest, clientIsFreedWhenLibraryAndServiceReleaseIt) {
     EXPECT_THAT(log.take(), ElementsAre(freed, freed));
 }
 
-TEST_F(CallbackTest, callbackMayUnregisterItself) {
-    auto callback = listen(heard);
-    const std::weak_ptr<Heard> weak = heard;
-    heard->then = [this] { EXPECT_EQ(mirxResListeningUnRegister(handle), 1); };
-    heard.reset();
-    EXPECT_TRUE(callback->onCallback({element(1)}).isOk());
-    service->take();
-    callback.reset();
-    EXPECT_TRUE(eventually([&] { return weak.expired(); }));
-    EXPECT_NE(listen(std::make_shared<Heard>()), nullptr) << "an entry was not removed";
-}
-
 TEST_F(CallbackTest, nextRequestRestoresTheTransactionLog) {
     int others = 0;
     const auto callback = request(heard);
@@ -194,77 +157,38 @@ TEST_F(CallbackTest, nextRequestRestoresTheTransactionLog) {
     EXPECT_EQ(others, 1);
 }
 
-// Two threads call each object; another one unregisters while the service still calls.
+// The service calls the objects on its own threads, and releases one that is being unregistered.
 TEST_F(CallbackTest, concurrentCallbacksAllReachTheClient) {
-    constexpr int kCalls = 200;
-    const auto requested = request(heard);
-    const auto listening = listen(heard);
-    std::vector<std::thread> callers;
-    for (int i = 0; i < 2; ++i) {
-        callers.emplace_back([&] {
-            for (int call = 0; call < kCalls; ++call) {
-                EXPECT_TRUE(listening->onCallback({element(1)}).isOk());
-                EXPECT_TRUE(requested->onCallback({element(2)}).isOk());
-            }
+    constexpr int kRounds = 50;
+    for (int round = 0; round < kRounds; ++round) {
+        const auto requested = request(heard);
+        auto listening = listen(heard);
+        ASSERT_TRUE(requested != nullptr && listening != nullptr);
+        std::thread caller([&] { requested->onCallback({element(1)}); });
+        std::thread releaser([callback = std::move(listening)] {
+            EXPECT_TRUE(callback->onCallback({element(2)}).isOk());
         });
+        EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
+        caller.join();
+        releaser.join();
+        service->take();
     }
-    EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
-    for (std::thread& caller : callers) caller.join();
-    EXPECT_EQ(heard->take().size(), 4u * kCalls);
+    EXPECT_EQ(heard->take().size(), 2u * kRounds);
     EXPECT_EQ(waitingCallbacks(), 0u);
 }
 
-// The service calls an object and releases it while another thread unregisters.
-TEST_F(CallbackTest, callbackMayRaceWithItsUnregistration) {
-    for (int round = 0; round < 50; ++round) {
-        auto callback = listen(heard);
-        ASSERT_NE(callback, nullptr);
-        std::thread caller(
-                [callback = std::move(callback)] { callback->onCallback({element(1)}); });
-        EXPECT_EQ(mirxResListeningUnRegister(handle), 1);
-        caller.join();
-        service->take();
-    }
-}
-
-// The object still accepts valid parcels afterwards.
-TEST_F(CallbackTest, malformedParcelsAreRejected) {
-    const struct {
-        std::vector<int32_t> words;
-        transaction_code_t code = FIRST_CALL_TRANSACTION;
-    } bad[] = {
-            {{}},
-            {{-2}},
-            {{INT32_MAX}},
-            {{3}},
-            {{1, 0}},
-            {{1, 1, -8}},
-            {{1, 1, INT32_MAX, 7}},
-            {{2, 1, 24, 7, 0, -1, -1, -1}},
-            {{0}, FIRST_CALL_TRANSACTION + 1},
+// A callback may call the library while its own request is unanswered.
+TEST_F(CallbackTest, callbackMayCallTheLibrary) {
+    heard->then = [] {
+        EXPECT_EQ(mirxResCtlRelease(5), 1);
+        EXPECT_EQ(waitingCallbacks(), 1u);
     };
-    const auto callback = listen(heard);
-    AIBinder* const binder = callback->asBinder().get();
-    for (const auto& [words, code] : bad) {
-        ndk::ScopedAParcel in, out;
-        EXPECT_EQ(AIBinder_prepareTransaction(binder, in.getR()), STATUS_OK);
-        for (const int32_t word : words) AParcel_writeInt32(in.get(), word);
-        EXPECT_NE(AIBinder_transact(binder, code, in.getR(), out.getR(), 0), STATUS_OK)
-                << testing::PrintToString(words);
-    }
-    EXPECT_THAT(heard->take(), IsEmpty());
-    EXPECT_TRUE(callback->onCallback({element(1)}).isOk());
+    service->whenCalled([this](const std::string& operation) {
+        if (operation != "request") return;
+        EXPECT_TRUE(theCall().parcel.callback->onCallback({element(1)}).isOk());
+    });
+    EXPECT_EQ(mirxSACtlRequest(-1, 1, 2, 0, 0, 3, heard), 1);
     EXPECT_THAT(heard->take(), ElementsAre("{1 ''}"));
-}
-
-// A character takes two bytes. A parcel is limited to 100 KB over sockets and to 1 MB by the driver.
-TEST_F(CallbackTest, largeDataArrivesOrFailsTheServicesCall) {
-    const auto callback = listen(heard);
-    const size_t most = overDriver() ? 500'000 : 50'000;
-    for (const size_t size : {40'000u, 100'000u, 1'000'000u}) {
-        const bool fits = size < most;
-        EXPECT_EQ(callback->onCallback({element(1, std::string(size, 'x'))}).isOk(), fits);
-        EXPECT_EQ(heard->take().size(), fits ? 1u : 0u);
-    }
-    EXPECT_TRUE(eventually([] { return dovInit() == 0; })) << "later calls fail";
+    EXPECT_EQ(waitingCallbacks(), 0u);
+    EXPECT_EQ(shown(theCall()), "release 5");
 }

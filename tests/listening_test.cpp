@@ -5,29 +5,28 @@ using namespace mirxHalclient;
 
 namespace {
 
-using Ids = std::vector<int>;
-using Paths = std::vector<std::string>;
+using Numbers = std::vector<int>;
 
 const std::shared_ptr<Heard> kHeard = std::make_shared<Heard>();
 
-int byId(const Ids& ids) {
+// Each registers the numbers: as ids, as the paths "/1", "/2" or as thermal subsystems.
+int byId(const Numbers& numbers) {
     std::list<DovClient::Resource> resources;
-    for (const int id : ids) resources.push_back({id, std::nullopt});
+    for (const int id : numbers) resources.push_back({id, std::nullopt});
     return mirxResListeningRegister(resources, 9, kHeard);
 }
-
-int byPath(const Paths& paths) {
+int byPath(const Numbers& numbers) {
+    std::vector<std::string> paths;
+    for (const int number : numbers) paths.push_back("/" + std::to_string(number));
     return mirx_res_listening_register_by_path(paths, 9, kHeard);
 }
-
-int byMap(const Paths& paths) {
+int byMap(const Numbers& numbers) {
     std::map<std::string, std::string> map;
-    for (const std::string& path : paths) map[path] = "value";
+    for (const int number : numbers) map["/" + std::to_string(number)] = "value";
     return mirx_res_listening_register_map_by_path(map, 9, kHeard);
 }
-
-int thermal(const Ids& ids) {
-    return mirxThermalListeningRegister(ids, kHeard);
+int thermal(const Numbers& numbers) {
+    return mirxThermalListeningRegister(numbers, kHeard);
 }
 
 // The log of mirxResListeningUnRegister if the registry knows the handle.
@@ -48,86 +47,36 @@ class ListeningTest : public ClientTest {
 };
 
 TEST_F(ListeningTest, duplicateListIsNotRegisteredAgain) {
+    struct Registration {
+        int (*add)(const Numbers&);
+        Numbers numbers;
+    };
     const struct {
-        const char* name;
-        std::function<int()> first, second;
+        Registration first, second;
         bool accepted;
     } cases[] = {
-            {"same ids",
-             [] {
-                 return byId({1, 2});
-             },
-             [] {
-                 return byId({1, 2});
-             },
-             false},
-            {"ids in another order",
-             [] {
-                 return byId({1, 2});
-             },
-             [] {
-                 return byId({2, 1});
-             },
-             true},
-            {"some of the ids",
-             [] {
-                 return byId({1, 2});
-             },
-             [] { return byId({1}); }, true},
-            {"paths in another order",
-             [] {
-                 return byPath({"/a", "/b"});
-             },
-             [] {
-                 return byPath({"/b", "/a"});
-             },
-             true},
-            {"a list like a map",
-             [] {
-                 return byMap({"/a", "/b"});
-             },
-             [] {
-                 return byPath({"/a", "/b"});
-             },
-             false},
-            {"a map like a list in order",
-             [] {
-                 return byPath({"/a", "/b"});
-             },
-             [] {
-                 return byMap({"/b", "/a"});
-             },
-             false},
-            {"no ids after paths", [] { return byPath({"/a"}); }, [] { return byId({}); }, false},
-            {"no paths after ids", [] { return byId({1}); }, [] { return byMap({}); }, false},
-            {"no paths after thermal", [] { return thermal({1}); }, [] { return byPath({}); },
-             false},
-            {"ids like thermal ones",
-             [] {
-                 return thermal({1, 2});
-             },
-             [] {
-                 return byId({1, 2});
-             },
-             false},
-            {"thermal twice",
-             [] {
-                 return thermal({1, 2});
-             },
-             [] {
-                 return thermal({1, 2});
-             },
-             true},
+            {{byId, {1, 2}}, {byId, {1, 2}}, false},
+            {{byId, {1, 2}}, {byId, {2, 1}}, true},
+            {{byId, {1, 2}}, {byId, {1}}, true},
+            {{byPath, {1, 2}}, {byPath, {2, 1}}, true},
+            {{byMap, {2, 1}}, {byPath, {1, 2}}, false},
+            {{byPath, {1, 2}}, {byMap, {2, 1}}, false},
+            {{byPath, {1}}, {byId, {}}, false},
+            {{byId, {1}}, {byMap, {}}, false},
+            {{thermal, {1}}, {byPath, {}}, false},
+            {{thermal, {1, 2}}, {byId, {1, 2}}, false},
+            {{thermal, {1, 2}}, {thermal, {1, 2}}, true},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(c.first(), 1);
+        const auto& [first, second, accepted] = c;
+        SCOPED_TRACE("row " + std::to_string(&c - cases));
+        EXPECT_EQ(first.add(first.numbers), 1);
         service->take();
         log.take();
-        EXPECT_EQ(c.second(), c.accepted ? 1 : -1);
-        EXPECT_EQ(service->take().size(), c.accepted ? 1 : 0);
-        EXPECT_EQ(log.text(kClientTag).ends_with("\nE Same callback interface registered already"),
-                  !c.accepted);
+        EXPECT_EQ(second.add(second.numbers), accepted ? 1 : -1);
+        EXPECT_EQ(service->take().size(), accepted ? 1 : 0);
+        EXPECT_EQ(log.text(kClientTag).ends_with("Same callback interface registered already"),
+                  !accepted);
         mirxResListeningUnRegister(1);
     }
 }
@@ -135,7 +84,7 @@ TEST_F(ListeningTest, duplicateListIsNotRegisteredAgain) {
 TEST_F(ListeningTest, unregisterRemovesEveryEntryWithTheHandle) {
     service->answer = 5;
     byId({1});
-    byPath({"/a"});
+    byPath({1});
     thermal({2});
     service->answer = 6;
     byId({3});
@@ -144,7 +93,7 @@ TEST_F(ListeningTest, unregisterRemovesEveryEntryWithTheHandle) {
     EXPECT_EQ(mirxResListeningUnRegister(5), -2);
     EXPECT_EQ(log.text(kClientTag), known(5));
     EXPECT_EQ(byId({1}), -2);
-    EXPECT_EQ(byPath({"/a"}), -2);
+    EXPECT_EQ(byPath({1}), -2);
     EXPECT_EQ(byId({2}), -2);
     EXPECT_EQ(byId({3}), -1) << "the entry of another handle was removed too";
 }
@@ -170,12 +119,12 @@ TEST_F(ListeningTest, unregisterRemovesEntriesOnlyIfItCalls) {
 
 TEST_F(ListeningTest, registrationsOutliveTheService) {
     ASSERT_EQ(byId({1}), 1);
-    ASSERT_EQ(byPath({"/a"}), 1);
+    ASSERT_EQ(byPath({1}), 1);
     service->take();
     endService(1);
     serve();
     EXPECT_EQ(byId({1}), -1);
-    EXPECT_EQ(byPath({"/a"}), -1);
+    EXPECT_EQ(byPath({1}), -1);
     log.take();
     EXPECT_EQ(mirxResListeningUnRegister(1), 1);
     EXPECT_EQ(log.text(kClientTag), known(1));

@@ -132,93 +132,53 @@ TEST_F(OperationsTest, emptyStateIsAFailureThatKeepsTheProxy) {
 }
 
 TEST_F(OperationsTest, argumentsDetermineTheParcel) {
-    std::list<Resource> list = {{0x1010010, "7"}, {0, {}}, {static_cast<int>(0xf0000001), "x"}};
+    std::list<Resource> list = {{0x1010010, "7"}, {0, {}}, {-1, "x"}},
+                        watched = {{5, {}}, {0, "x"}};
     const std::vector<Resource> resources = {{7, "1"}, {0x20, {}}, {-1, ""}};
-    std::list<Resource> none, watched = {{5, {}}, {0, "x"}}, out;
     std::vector<std::string> texts;
-    std::map<std::string, std::string> map;
     const auto heard = std::make_shared<Heard>();
-    const std::string ofList = "pid 1234 {1010010 '7'}{0 ''}{f0000001 'x'}";
+    const std::string ofList = "pid 34 {1010010 '7'}{0 ''}{ffffffff 'x'}";
     const std::string ofResources = "{7 '1'}{20}{ffffffff ''}";
     const std::string longest = std::to_string(LONG_MAX);
-    const struct {
-        std::function<void()> call;
-        std::string sent;
-    } cases[] = {
-            {[&] { mirxResCtlRequest(9, list, 1234); },
-             "request type 1 handle -1 duration 9 arg4 -1 " + ofList},
-            {[&] { mirxResCtlRequest(9, list, 7, 1234); },
-             "request type 1 handle -1 duration 9 arg4 -1 flag " + ofList},
-            {[&] { mirxResCtlRequest(9, list, 8, 1, 1234); },
-             "request type 1 handle -1 duration 9 arg4 8 flag " + ofList},
-            {[&] { mirxResCtlRequest(5, -1, list, 7, 1234); },
-             "request type 1 handle 5 duration -1 arg4 -1 flag " + ofList},
-            {[&] { mirxResCtlRequest(5, -1, list, 8, -1, 1234); },
-             "request type 1 handle 5 duration -1 arg4 8 " + ofList},
-            {[&] { mirxResCtlRequest(5, -1, list, 8, 1, 1234, heard); },
-             "request type 1 handle 5 duration -1 arg4 8 flag " + ofList + " callback"},
-            {[&] { mirxResCtlRequest(1, none, 2); },
-             "request type 1 handle -1 duration 1 arg4 -1 pid 2"},
-            {[] { mirxSACtlRequest(9, 7, 1234); },
-             "request type 2 handle -1 duration 9 arg4 -1 pid 1234 {7}"},
-            {[] { mirxSACtlRequest(3, -1, -7, 4, 1, -5); },
-             "request type 2 handle 3 duration -1 arg4 4 flag pid -5 {fffffff9}"},
-            {[&] { mirxSACtlRequest(3, -1, -7, 4, 1, -5, heard); },
-             "request type 2 handle 3 duration -1 arg4 4 flag pid -5 {fffffff9} callback"},
-            {[&] { mirxResListeningRegister(watched, 9, heard); },
-             "listeningRegister pid 9 {5 ''}{0 'x'} callback"},
-            {[&] { mirxResStateRequest(watched, 9, out); }, "stateRequest pid 9 {5 ''}{0 'x'}"},
-            {[&] {
-                 mirxThermalListeningRegister({1, -2}, heard);
-             },
-             "thermalListeningRegister 1 -2 callback"},
-            {[&] { mirxThermalNotify(list, 1234); }, "request type 7 " + ofList},
-            {[] {
-                 mirx_resctl_request_by_path(6, LONG_MAX, {"/b", "/a"}, {"2", ""}, 3, 7, 4);
-             },
-             "request type 1 handle 6 duration " + longest +
-                     " arg4 3 flag pid 4 tags zdbdebug {0 '2' path '/b'}{0 '' path '/a'}"},
-            {[&] {
-                 mirx_res_state_request_by_path({"/b", "/a"}, {"1", ""}, 9, texts);
-             },
-             "stateRequest pid 9 tags zdbdebug {0 '1' path '/b'}{0 '' path '/a'}"},
-            {[&] {
-                 mirx_res_state_request_by_path({"/b", "/a"}, {"1"}, 9, texts);
-             },
-             "stateRequest pid 9 tags zdbdebug {0 path '/b'}{0 path '/a'}"},
-            {[&] { mirx_res_state_request_by_path({}, {"1"}, 9, texts); },
-             "stateRequest pid 9 tags zdbdebug"},
-            {[&] {
-                 mirx_res_state_request_map_by_path({{"/z", "2"}, {"/y", ""}}, 9, map);
-             },
-             "stateRequest pid 9 tags zdbdebug {0 '' path '/y'}{0 '2' path '/z'}"},
-            {[&] {
-                 mirx_res_listening_register_by_path({"/b", "/a"}, 9, heard);
-             },
-             "listeningRegister pid 9 tags zdbdebug {0 path '/b'}{0 path '/a'} callback"},
-            {[] { mirxPropertySet("key", "a value"); }, "propertySet 'key' 'a value'"},
-            {[&] { DovEventAcquire(4, "com.example", "me", 2000, resources); },
-             "request type 8 duration 2000 package 'com.example' identity 'me' {4}" + ofResources},
-            {[] { DovEventAcquire(-1, "", "", INT32_MIN, {}); },
-             "request type 8 duration -2147483648 package '' identity '' {ffffffff}"},
-            {[&] { DovEventAcquire(-2, "com.example", "me", 0, resources); },
-             "request type 1 package 'com.example' identity 'me' " + ofResources},
-            {[&] { DovEventAcquire(-3, "", "me", 0, {}); },
-             "request type 12 package '' identity 'me'"},
-            {[&] { DovResAcquire(resources, "ignored", "me", -1); },
-             "request type 1 duration -1 package '' identity 'me' " + ofResources},
-            {[&] { DovPlatformResAcquire(resources, "ignored", "me", "com.example", 9); },
-             "request type 12 duration 9 package 'com.example' identity 'me' " + ofResources},
-            {[] { DovRelease(-1); }, "release -1"},
-            {[] { DovNotify(-3, INT32_MAX, {}); }, "request type 10 {fffffffd arg 2147483647}"},
-            {[] { setRelatedSysInfo(INT32_MIN, -1); }, "setRelatedSysInfo -2147483648 -1"},
-            {[&] { dovRuleCtl(200, -5, resources); }, "ruleCtl 200 -5 " + ofResources},
-            {[] { dovRuleCtl(0, 0, {}); }, "ruleCtl 0 0"},
-    };
-    for (const auto& [call, sent] : cases) {
-        call();
-        EXPECT_EQ(shown(theCall()), sent);
-    }
+    const std::string added = "request type 1 handle -1 duration 9 arg4 ";
+    const std::string changed = "request type 1 handle 5 duration -1 arg4 ";
+    // What the call that returned `result` has sent.
+    const auto sentBy = [this](int /*result*/) { return shown(theCall()); };
+    EXPECT_EQ(sentBy(mirxResCtlRequest(9, list, 34)), added + "-1 " + ofList);
+    EXPECT_EQ(sentBy(mirxResCtlRequest(9, list, 7, 34)), added + "-1 flag " + ofList);
+    EXPECT_EQ(sentBy(mirxResCtlRequest(9, list, 8, 1, 34)), added + "8 flag " + ofList);
+    EXPECT_EQ(sentBy(mirxResCtlRequest(5, -1, list, 7, 34)), changed + "-1 flag " + ofList);
+    EXPECT_EQ(sentBy(mirxResCtlRequest(5, -1, list, 8, -1, 34)), changed + "8 " + ofList);
+    EXPECT_EQ(sentBy(mirxSACtlRequest(9, 7, 34)),
+              "request type 2 handle -1 duration 9 arg4 -1 pid 34 {7}");
+    EXPECT_EQ(sentBy(mirxSACtlRequest(3, -1, -7, 4, 1, -5, heard)),
+              "request type 2 handle 3 duration -1 arg4 4 flag pid -5 {fffffff9} callback");
+    EXPECT_EQ(sentBy(mirxResListeningRegister(watched, 9, heard)),
+              "listeningRegister pid 9 {5 ''}{0 'x'} callback");
+    EXPECT_EQ(sentBy(mirxThermalListeningRegister({1, -2}, heard)),
+              "thermalListeningRegister 1 -2 callback");
+    EXPECT_EQ(sentBy(mirxThermalNotify(list, 34)), "request type 7 " + ofList);
+    EXPECT_EQ(sentBy(mirx_resctl_request_by_path(6, LONG_MAX, {"/b", "/a"}, {"2", ""}, 3, 7, 4)),
+              "request type 1 handle 6 duration " + longest +
+                      " arg4 3 flag pid 4 tags zdbdebug {0 '2' path '/b'}{0 '' path '/a'}");
+    EXPECT_EQ(sentBy(mirx_res_state_request_by_path({"/b", "/a"}, {"1", ""}, 9, texts)),
+              "stateRequest pid 9 tags zdbdebug {0 '1' path '/b'}{0 '' path '/a'}");
+    EXPECT_EQ(sentBy(mirx_res_state_request_by_path({"/b", "/a"}, {"1"}, 9, texts)),
+              "stateRequest pid 9 tags zdbdebug {0 path '/b'}{0 path '/a'}");
+    EXPECT_EQ(sentBy(mirx_res_listening_register_map_by_path({{"/b", "2"}, {"/a", ""}}, 9, heard)),
+              "listeningRegister pid 9 tags zdbdebug {0 '' path '/a'}{0 '2' path '/b'} callback");
+    EXPECT_EQ(sentBy(mirxPropertySet("key", "a value")), "propertySet 'key' 'a value'");
+    EXPECT_EQ(sentBy(DovEventAcquire(4, "com.example", "me", 2000, resources)),
+              "request type 8 duration 2000 package 'com.example' identity 'me' {4}" + ofResources);
+    EXPECT_EQ(
+            sentBy(DovEventAcquire(-2, "com.example", "", INT32_MIN, resources)),
+            "request type 1 duration -2147483648 package 'com.example' identity '' " + ofResources);
+    EXPECT_EQ(sentBy(DovResAcquire(resources, "ignored", "me", -1)),
+              "request type 1 duration -1 package '' identity 'me' " + ofResources);
+    EXPECT_EQ(sentBy(DovPlatformResAcquire(resources, "ignored", "me", "com.example", 9)),
+              "request type 12 duration 9 package 'com.example' identity 'me' " + ofResources);
+    EXPECT_EQ(sentBy(DovNotify(-3, INT32_MAX, {})), "request type 10 {fffffffd arg 2147483647}");
+    EXPECT_EQ(sentBy(dovRuleCtl(200, -5, resources)), "ruleCtl 200 -5 " + ofResources);
     mirxResListeningUnRegister(3);
     MirxRequestParcel tagged;
     tagged.stringList = {{"a", std::nullopt, "b"}};
@@ -227,82 +187,78 @@ TEST_F(OperationsTest, argumentsDetermineTheParcel) {
 }
 
 TEST_F(OperationsTest, invalidListsAreRefusedOnceBound) {
-    const struct {
-        std::list<Resource> resources;
-        std::vector<std::string> paths, values;
-    } lists[] = {{{{0, "1"}}, {"/a"}, {}},
-                 {{{5, ""}}, {}, {"1"}},
-                 {{{5, {}}}, {"/a"}, {"1", "2"}},
-                 {{{5, "1"}, {0, ""}, {6, ""}}, {"/a", "/b"}, {"1"}}};
-    const auto heard = std::make_shared<Heard>();
+    using Texts = std::vector<std::string>;
+    using Lists = std::tuple<std::list<Resource>, Texts, Texts>;
     std::list<Resource> list;
-    std::vector<std::string> paths, values;
-    const struct {
-        std::function<int()> call;
-        std::string entry, refusal;
-    } cases[] = {
-            {[&] { return mirxResCtlRequest(1, list, 2); }, "I mirx client mirxResCtlRequest\n",
-             "E mirxResCtlRequest ERROR: size unmatched for id and value "},
-            {[&] { return mirxResCtlRequest(-1, 1, list, 0, 0, 2, heard); },
-             "I mirx client mirxResCtlRequest with callback\n",
-             "E mirx client mirx_resctl_request ERROR: size unmatched for id and value "},
-            {[&] { return mirxThermalNotify(list, 2); }, "I mirx client mirxThermalNotify\n",
-             "E mirxThermalNotify ERROR: size unmatched for id and level "},
-            {[&] { return mirx_resctl_request_by_path(-1, 1, paths, values, 0, 0, 2); },
-             "I mirx client mirx_resctl_request\n",
-             "E mirx_resctl_request ERROR: size unmatched for paths and value "},
-            {[&] {
-                 return mirx_resctl_request_with_callback_by_path(-1, 1, paths, values, 0, 0, 2,
-                                                                  heard);
-             },
-             "I mirx client mirx_resctl_request_with_callback\n",
-             "E mirx client mirx_resctl_request ERROR: size unmatched for id and value "},
+    Texts paths, values;
+    const auto heard = std::make_shared<Heard>();
+    const auto refusal = [this](int result) {
+        EXPECT_EQ(result, -1);
+        return log.text(kClientTag);
     };
-    for (const bool bound : {false, true}) {
-        bound ? declare() : undeclare();
-        mirx_init();
-        service->take();
-        for (const auto& invalid : lists) {
-            list = invalid.resources;
-            paths = invalid.paths;
-            values = invalid.values;
-            EXPECT_FALSE(checkResourceList(list)) << shown(list);
-            for (const auto& [call, entry, refusal] : cases) {
-                log.take();
-                EXPECT_EQ(call(), -1);
-                EXPECT_EQ(log.text(kClientTag),
-                          entry + (bound ? refusal
-                                         : "E Mirx is not declared, AServiceManager_isDeclared:0"));
-            }
-        }
-        EXPECT_THAT(service->take(), IsEmpty());
-        EXPECT_EQ(waitingCallbacks(), 0u);
+    for (const Lists& invalid : {Lists{{{0, "1"}}, {"/a"}, {}}, Lists{{{5, ""}}, {}, {"1"}},
+                                 Lists{{{5, {}}}, {"/a"}, {"1", "2"}},
+                                 Lists{{{5, "1"}, {0, ""}, {6, ""}}, {"/a", "/b"}, {"1"}}}) {
+        std::tie(list, paths, values) = invalid;
+        EXPECT_FALSE(checkResourceList(list));
+        EXPECT_EQ(refusal(mirxResCtlRequest(1, list, 2)),
+                  "I mirx client mirxResCtlRequest\n"
+                  "E mirxResCtlRequest ERROR: size unmatched for id and value ");
+        EXPECT_EQ(refusal(mirxResCtlRequest(-1, 1, list, 0, 0, 2, heard)),
+                  "I mirx client mirxResCtlRequest with callback\n"
+                  "E mirx client mirx_resctl_request ERROR: size unmatched for id and value ");
+        EXPECT_EQ(refusal(mirxThermalNotify(list, 2)),
+                  "I mirx client mirxThermalNotify\n"
+                  "E mirxThermalNotify ERROR: size unmatched for id and level ");
+        EXPECT_EQ(refusal(mirx_resctl_request_by_path(1, 1, paths, values, 0, 0, 2)),
+                  "I mirx client mirx_resctl_request\n"
+                  "E mirx_resctl_request ERROR: size unmatched for paths and value ");
+        EXPECT_EQ(refusal(mirx_resctl_request_with_callback_by_path(1, 1, paths, values, 0, 0, 2,
+                                                                    heard)),
+                  "I mirx client mirx_resctl_request_with_callback\n"
+                  "E mirx client mirx_resctl_request ERROR: size unmatched for id and value ");
     }
-    for (std::list<Resource> valid : std::vector<std::list<Resource>>{
-                 {}, {{0, {}}}, {{0, ""}}, {{-5, "1"}}, {{5, "1"}, {0, ""}, {6, "2"}}}) {
+    EXPECT_THAT(service->take(), IsEmpty());
+    EXPECT_EQ(waitingCallbacks(), 0u);
+    for (std::list<Resource> valid :
+         std::vector<std::list<Resource>>{{}, {{0, {}}}, {{-5, "1"}, {0, ""}, {6, "2"}}}) {
         EXPECT_TRUE(checkResourceList(valid)) << shown(valid);
     }
+    service->failing = true;
+    mirx_init();
+    undeclare();
+    log.take();
+    EXPECT_EQ(refusal(mirxResCtlRequest(1, list, 2)),
+              "I mirx client mirxResCtlRequest\n"
+              "E Mirx is not declared, AServiceManager_isDeclared:0");
 }
 
-TEST_F(OperationsTest, oneWayRequestKeepsItsHandleIfItFails) {
+// The notice of the service's death arrives after the failed calls.
+TEST_F(OperationsTest, callsToADeadServiceFail) {
     HeldBackDeath death;
+    ASSERT_EQ(mirxResCtlRelease(1), 3);
     const int32_t handle = DovEventAcquireOneWay(4, "", "", -5, {{7, "1"}, {8, {}}});
     EXPECT_GE(handle, 0);
     EXPECT_EQ(log.text(kDovTag),
+              "I MIRXFramework-lib-vendor: mirx client mirxResCtlRelease\n"
               "I DovEventAcquireOneWay, cmdid:4, pkg:none, identity:none\n"
               "D DovEventAcquireOneWay res_Id:7 ,res_Value:1, \n"
               "D DovEventAcquireOneWay res_Id:8 ,res_Value:, ");
+    service->awaitCall();
     EXPECT_EQ(shown(service->awaitCall()), "oneWayRequest type 8 handle " + std::to_string(handle) +
                                                    " duration -5 pid " + std::to_string(getpid()) +
                                                    " package '' identity '' {4}{7 '1'}{8}");
     stopServing();
-    const int32_t failed = DovEventAcquireOneWay(1, "p", "i", 0, {});
-    EXPECT_GE(failed, 0);
+    const int32_t lost = DovEventAcquireOneWay(1, "p", "i", 0, {});
+    EXPECT_GE(lost, 0) << "the caller owns the handle of a failed call";
     EXPECT_EQ(log.text(kDovTag),
               "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:i\n"
               "E DovEventAcquireOneWay() failed : mirx HAL service not available\n"
               "E mirxResCtlRequest error:" +
-                      std::to_string(failed));
+                      std::to_string(lost));
+    EXPECT_EQ(mirxResCtlRelease(1), -1);
+    serve();
+    EXPECT_EQ(mirxResCtlRelease(1), 3);
 }
 
 TEST_F(OperationsTest, randomHandlesArePositiveAndDiffer) {
@@ -329,17 +285,4 @@ TEST_F(OperationsTest, oneWayRequestNeedsNoRandomDevice) {
               "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:i\n"
               "E dovClient open /dev/urandom failed: fd(-1) \n");
     EXPECT_EQ(service->awaitCall().parcel.handle, -1);
-}
-
-TEST_F(OperationsTest, deadServiceFailsTheCallAndTheNextOneBinds) {
-    const HeldBackDeath unheard;
-    ASSERT_EQ(mirxResCtlRelease(1), 3);
-    stopServing();
-    log.take();
-    EXPECT_EQ(mirxResCtlRelease(1), -1);
-    EXPECT_EQ(log.text(kClientTag),
-              "I mirx client mirxResCtlRelease\n"
-              "E mirxResCtlRelease() failed: mirx HAL service not available");
-    serve();
-    EXPECT_EQ(mirxResCtlRelease(1), 3);
 }

@@ -18,15 +18,13 @@ namespace {
 using Resources = std::list<DovClient::Resource>;
 using Texts = std::vector<std::string>;
 using TextMap = std::map<std::string, std::string>;
+using Vector = std::vector<DovClient::Resource>;
 
-struct Deaf : IClientCallback {
+struct Deaf : IClientCallback, IClientCallbackByPath {
     void onCallback(Resources) override {}
-};
-struct DeafByPath : IClientCallbackByPath {
     void onCallback(Texts, Texts) override {}
 };
 const auto kDeaf = std::make_shared<Deaf>();
-const auto kDeafByPath = std::make_shared<DeafByPath>();
 
 std::string path(int n) {
     return "/" + std::to_string(n);
@@ -34,6 +32,10 @@ std::string path(int n) {
 
 std::string text(int result) {
     return std::to_string(result);
+}
+
+Resources sevenIs(int n) {
+    return {{7, std::to_string(n)}};
 }
 
 thread_local int gRegistered = -1;
@@ -48,9 +50,23 @@ std::string registered(Register add) {
     return text(gRegistered);
 }
 
-template <int (*dump)()>
-std::string dumped(int) {
-    return text(dump());
+// A list for a call that takes a reference, with these contents each time.
+template <typename List>
+List& fresh(List contents = {}) {
+    thread_local List list;
+    return list = std::move(contents);
+}
+
+// The call of a function without further arguments.
+template <auto function>
+std::string called([[maybe_unused]] int n) {
+    return outcome([&] {
+        if constexpr (std::is_invocable_v<decltype(function), int>) {
+            return function(n);
+        } else {
+            return function();
+        }
+    });
 }
 
 std::string properties(int n) {
@@ -59,18 +75,9 @@ std::string properties(int n) {
 }
 
 std::string stateOf(int32_t opcode) {
-    std::string value = "kept";
-    outcome([&] {
-        DovResStateRequest(opcode, value);
-        return 0;
-    });
+    auto& value = fresh<std::string>("kept");
+    outcome([&] { DovResStateRequest(opcode, value); });
     return value;
-}
-
-template <typename Void>
-std::string nothing(Void call) {
-    call();
-    return "";
 }
 
 }  // namespace
@@ -94,35 +101,28 @@ const std::vector<Operation>& operations() {
     constexpr int kPower = 0x1011670;
     // clang-format off
     static const std::vector<Operation> table = {
-        {"mirx_init", "init", kNone, "", [](int) { return nothing(mirx_init); }, "", ""},
+        {"mirx_init", "init", kNone, "", called<mirx_init>, "", ""},
         {"mirxResCtlRequest", "request", kNumber, "type 1 handle 5 arg4 -1 pid 5 {7 '5'}",
-         [](int n) {
-             Resources r = {{7, to_string(n)}};
-             return text(mirxResCtlRequest(n, 0, r, n));
-         }},
+         [](int n) { return text(mirxResCtlRequest(n, 0, fresh(sevenIs(n)), n)); }},
         {"mirxResCtlRequest with callback", "request", kNumber,
-         "type 1 handle 5 pid 5 {7 '5'} callback",
-         [](int n) {
-             Resources r = {{7, to_string(n)}};
-             return text(mirxResCtlRequest(n, 0, r, 0, 0, n, kDeaf));
-         }, "3", "-1",
+         "type 1 handle 5 arg4 8 flag pid 5 {7 '5'} callback",
+         [](int n) { return text(mirxResCtlRequest(n, 0, fresh(sevenIs(n)), 8, 1, n, kDeaf)); },
+         "3", "-1",
          "I mirx client mirxResCtlRequest with callback\nu\n"
          "bI new std::shared_ptr MirxCallbackClient callback\n"
          "bI mirx client mirxResCtlRequest add to request_callbacks\n"
          "f mirx client MirxCallbackClient with callback"},
-        {"mirxResCtlRelease", "release", kNumber, "5",
-         [](int n) { return text(mirxResCtlRelease(n)); }},
-        {"mirxSACtlRequest", "request", kNumber, "type 2 handle 5 pid 5 {2}",
-         [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n)); }},
+        {"mirxResCtlRelease", "release", kNumber, "5", called<mirxResCtlRelease>},
+        {"mirxSACtlRequest", "request", kNumber, "type 2 handle 5 arg4 4 flag pid 5 {2}",
+         [](int n) { return text(mirxSACtlRequest(n, 0, 2, 4, 1, n)); }},
         {"mirxSACtlRequest with callback", "request", kNumber,
-         "type 2 handle 5 pid 5 {2} callback",
-         [](int n) { return text(mirxSACtlRequest(n, 0, 2, 0, 0, n, kDeaf)); }, "3", "-1",
+         "type 2 handle 5 arg4 -1 pid 5 {2} callback",
+         [](int n) { return text(mirxSACtlRequest(n, 0, 2, -1, -1, n, kDeaf)); }, "3", "-1",
          "I mirx client mirxSACtlRequest with callback\nu\n"
          "bI new std::shared_ptr MirxCallbackClient callback\n"
          "bI mirx client mirxSACtlRequest add to request_callbacks\n"
          "f mirxSACtlRequest with callback"},
-        {"mirxSACtlRelease", "release", kNumber, "5",
-         [](int n) { return text(mirxSACtlRelease(n)); }},
+        {"mirxSACtlRelease", "release", kNumber, "5", called<mirxSACtlRelease>},
         {"mirxResListeningRegister", "listeningRegister", kNumber, "pid 5 {5 ''} callback",
          [](int n) { return text(registerListener(n, kDeaf)); }, "3", "-1",
          "I mirxResListeningRegister\nu\nf mirx_res_listening_register_map\n"
@@ -135,12 +135,14 @@ const std::vector<Operation>& operations() {
          "I mirx client mirxResListeningUnRegister\nu\n"
          "bE The callback was not registered before\nf mirxResListeningUnRegister"},
         {"mirxResStateRequest", "stateRequest", kData, "pid 5 {7 ''}",
-         [](int n) { Resources r = {{7, {}}}, out; return text(mirxResStateRequest(r, n, out)); },
-         "1", "-1",
+         [](int n) {
+             Resources asked = {{7, {}}};
+             return text(mirxResStateRequest(asked, n, fresh<Resources>()));
+         }, "1", "-1",
          "I mirx client mirxResStateRequest\nu\nbI mirx client hal mirxResStateRequest\n"
          "f mirxResStateRequest\nsI mirx client mirxResStateRequest size 1"},
         {"mirxThermalNotify", "request", kNumber, "type 7 pid 5 {7 '5'}",
-         [](int n) { Resources r = {{7, to_string(n)}}; return text(mirxThermalNotify(r, n)); }, "0"},
+         [](int n) { return text(mirxThermalNotify(fresh(sevenIs(n)), n)); }, "0"},
         {"mirxThermalListeningRegister", "thermalListeningRegister", kNumber, "5 callback",
          [](int n) {
              std::lock_guard lock(gThermal);
@@ -150,7 +152,7 @@ const std::vector<Operation>& operations() {
          "I mirxThermalListeningRegister\nu\nf mirxThermalListeningRegister\n"
          "sI subsys's callback has been registered to Mirx HAL"},
         {"mirxThermalListeningUnregister", "thermalListeningUnregister", kNumber, "5",
-         [](int n) { return text(mirxThermalListeningUnregister(n)); }, "3", "-1",
+         called<mirxThermalListeningUnregister>, "3", "-1",
          "I mirx client mirxThermalListeningUnregister\nu\nf mirxThermalListeningUnregister\n"
          "sI subsys's callback has been unRegistered to Mirx HAL"},
         {"mirx_resctl_request_by_path", "request", kNumber,
@@ -158,27 +160,26 @@ const std::vector<Operation>& operations() {
          [](int n) { return text(mirx_resctl_request_by_path(n, 0, {path(n)}, {"1"}, 0, 0, n)); },
          "3", "-1", "I mirx client mirx_resctl_request\nu\nf mirx_resctl_request_by_path"},
         {"mirx_resctl_request_with_callback_by_path", "request", kNumber,
-         "type 1 handle 5 pid 5 tags zdbdebug {0 '1' path '/5'} callback",
+         "type 1 handle 5 arg4 3 flag pid 5 tags zdbdebug {0 '1' path '/5'} callback",
          [](int n) {
-             return text(mirx_resctl_request_with_callback_by_path(n, 0, {path(n)}, {"1"}, 0, 0, n,
-                                                                   kDeafByPath));
+             return text(mirx_resctl_request_with_callback_by_path(n, 0, {path(n)}, {"1"}, 3, 7, n,
+                                                                   kDeaf));
          }, "3", "-1",
          "I mirx client mirx_resctl_request_with_callback\nu\n"
          "bI new std::shared_ptr MirxCallbackClient callback\n"
          "bI mirx client mirx_resctl_request_with_callback add to request_callbacks\n"
          "f mirx client mirx_resctl_request_with_callback"},
-        {"mirx_res_state_request_by_path", "stateRequest", kData, "pid 5 tags zdbdebug {0 path '/5'}",
+        {"mirx_res_state_request_by_path", "stateRequest", kData,
+         "pid 5 tags zdbdebug {0 path '/5'}",
          [](int n) {
-             Texts out;
-             return text(mirx_res_state_request_by_path({path(n)}, {}, n, out));
+             return text(mirx_res_state_request_by_path({path(n)}, {}, n, fresh<Texts>()));
          }, "1", "-1",
          "I mirx client mirx_res_state_request\nu\nf mirx_res_state_request\n"
          "sI mirx client mirx_res_state_request size 1"},
         {"mirx_res_state_request_map_by_path", "stateRequest", kData,
          "pid 5 tags zdbdebug {0 '' path '/5'}",
          [](int n) {
-             TextMap out;
-             return text(mirx_res_state_request_map_by_path({{path(n), ""}}, n, out));
+             return text(mirx_res_state_request_map_by_path({{path(n), ""}}, n, fresh<TextMap>()));
          }, "1", "-1",
          "I mirx client mirx_res_state_request_map\nu\nf mirx_res_state_request_map\n"
          "sE res_Path: /5, res_Value:3\nsI mirx client mirx_res_state_request_map size 1"},
@@ -186,7 +187,7 @@ const std::vector<Operation>& operations() {
          "pid 5 tags zdbdebug {0 path '/5'} callback",
          [](int n) {
              return registered([n] {
-                 return mirx_res_listening_register_by_path({path(n)}, n, kDeafByPath);
+                 return mirx_res_listening_register_by_path({path(n)}, n, kDeaf);
              });
          }, "3", "-1",
          "I mirx client mirx_res_listening_register\nu\nf mirx_res_listening_register\n"
@@ -195,35 +196,37 @@ const std::vector<Operation>& operations() {
          "pid 5 tags zdbdebug {0 '' path '/5'} callback",
          [](int n) {
              return registered([n] {
-                 return mirx_res_listening_register_map_by_path({{path(n), ""}}, n, kDeafByPath);
+                 return mirx_res_listening_register_map_by_path({{path(n), ""}}, n, kDeaf);
              });
          }, "3", "-1",
          "I mirx client mirx_res_listening_register_map\nu\nf mirx_res_listening_register_map\n"
          "sI A callback has been registered to Mirx HAL "},
-        {"mirxDumpToDoQueue", "request", kNumber, "type 5 arg4 1 {0}", dumped<mirxDumpToDoQueue>, "0"},
-        {"mirxDumpRunMap", "request", kNumber, "type 5 arg4 1 {1}", dumped<mirxDumpRunMap>, "0"},
-        {"mirxDumpActiveResMap", "request", kNumber, "type 5 arg4 1 {2}",
-         dumped<mirxDumpActiveResMap>, "0"},
-        {"mirxDumpResRequest", "request", kNumber, "type 5 arg4 1 {3}", dumped<mirxDumpResRequest>,
+        {"mirxDumpToDoQueue", "request", kNumber, "type 5 arg4 1 {0}", called<mirxDumpToDoQueue>,
          "0"},
-        {"mirxDumpResInfo", "request", kNumber, "type 5 arg4 1 {4}", dumped<mirxDumpResInfo>, "0"},
-        {"mirxDumpSAInfo", "request", kNumber, "type 5 arg4 1 {5}", dumped<mirxDumpSAInfo>, "0"},
-        {"mirxDumpPidFdList", "request", kNumber, "type 5 arg4 1 {6}", dumped<mirxDumpPidFdList>, "0"},
+        {"mirxDumpRunMap", "request", kNumber, "type 5 arg4 1 {1}", called<mirxDumpRunMap>, "0"},
+        {"mirxDumpActiveResMap", "request", kNumber, "type 5 arg4 1 {2}",
+         called<mirxDumpActiveResMap>, "0"},
+        {"mirxDumpResRequest", "request", kNumber, "type 5 arg4 1 {3}", called<mirxDumpResRequest>,
+         "0"},
+        {"mirxDumpResInfo", "request", kNumber, "type 5 arg4 1 {4}", called<mirxDumpResInfo>, "0"},
+        {"mirxDumpSAInfo", "request", kNumber, "type 5 arg4 1 {5}", called<mirxDumpSAInfo>, "0"},
+        {"mirxDumpPidFdList", "request", kNumber, "type 5 arg4 1 {6}", called<mirxDumpPidFdList>,
+         "0"},
         {"mirxDumpPidfdMonitorMap", "request", kNumber, "type 5 arg4 1 {7}",
-         dumped<mirxDumpPidfdMonitorMap>, "0"},
+         called<mirxDumpPidfdMonitorMap>, "0"},
         {"mirxDumpResRecordList", "request", kNumber, "type 5 arg4 1 {8}",
-         dumped<mirxDumpResRecordList>, "0"},
+         called<mirxDumpResRecordList>, "0"},
         {"mirxHistoryRequestRecordOn", "request", kNumber, "type 5 arg4 1 {a}",
-         dumped<mirxHistoryRequestRecordOn>, "0"},
+         called<mirxHistoryRequestRecordOn>, "0"},
         {"mirxHistoryRequestRecordOff", "request", kNumber, "type 5 arg4 1 {b}",
-         dumped<mirxHistoryRequestRecordOff>, "0"},
+         called<mirxHistoryRequestRecordOff>, "0"},
         {"mirxPropertyGet", "propertyGet", kText, "'5'", properties, "3", "",
          "I mirx client mirxPropertyGet\nu\nuI mirxPropertyGet  \nf mirxPropertyGet\n"
          "fI mirxPropertyGet  \nsI mirxPropertyGet 3 "},
         {"mirxPropertySet", "propertySet", kNumber, "'5' '5'",
          [](int n) { return text(mirxPropertySet(to_string(n), to_string(n))); }},
 
-        {"dovInit", "init", kNone, "", [](int) { return text(dovInit()); }, "0", "-2",
+        {"dovInit", "init", kNone, "", called<dovInit>, "0", "-2",
          "E dovInit enter\nu\nf mirx_init", "-1"},
         {"DovEventAcquire", "request", kNumber, "type 8 package 'p' identity '5' {1}",
          [](int n) { return text(DovEventAcquire(1, "p", to_string(n), 0, {})); }, "3", "-1",
@@ -235,16 +238,16 @@ const std::vector<Operation>& operations() {
              return text(DovEventAcquireOneWay(1, "p", to_string(n), 1, {}) != -1 ? 0 : -1);
          }, "0", "0", "I DovEventAcquireOneWay, cmdid:1, pkg:p, identity:5\nu", "-1"},
         {"DovResAcquire", "request", kNumber, "type 1 package '' identity '5' {7 '7'}",
-         [](int n) { return text(DovResAcquire({{7, "7"}}, "ignored", to_string(n), 0)); }, "3", "-1",
-         "I DovResAcquire\nI DovEventAcquire, cmdid:-2, pkg:none, identity:5\nu\nf DovEventAcquire\n"
-         "fE mirxResCtlRequest error:-1"},
+         [](int n) { return text(DovResAcquire({{7, "7"}}, "ignored", to_string(n), 0)); },
+         "3", "-1",
+         "I DovResAcquire\nI DovEventAcquire, cmdid:-2, pkg:none, identity:5\nu\n"
+         "f DovEventAcquire\nfE mirxResCtlRequest error:-1"},
         {"DovPlatformResAcquire", "request", kNumber, "type 12 package 'p' identity '5' {7 '7'}",
          [](int n) { return text(DovPlatformResAcquire({{7, "7"}}, "", to_string(n), "p", 0)); },
          "3", "-1",
          "I DovPlatformResAcquire\nI DovEventAcquire, cmdid:-3, pkg:p, identity:5\nu\n"
          "f DovEventAcquire\nfE mirxResCtlRequest error:-1"},
-        {"DovRelease", "release", kNumber, "5",
-         [](int n) { return nothing([n] { DovRelease(n); }); }, "", "",
+        {"DovRelease", "release", kNumber, "5", called<DovRelease>, "", "",
          "I DovRelease, handle:5\nu\nf mirxResCtlRelease"},
         {"DovNotify", "request", kNumber, "type 10 {5 arg 1}{5 arg 1}",
          [](int n) { return text(DovNotify(n, 1, {1, 2})); }, "0", "-1",
@@ -255,10 +258,7 @@ const std::vector<Operation>& operations() {
          [](int n) { return text(dovRuleCtl(n, 1, {{7, "7"}})); }, "3", "-1",
          "I dovRuleCtl, ruleId:5, status:1\nu\nf dovRuleCtl"},
         {"DovMutiResStateRequest", "stateRequest", kData, "{5 ''}",
-         [](int n) {
-             std::vector<DovClient::Resource> r = {{n, ""}};
-             return text(DovMutiResStateRequest(r));
-         }, "1", "-1",
+         [](int n) { return text(DovMutiResStateRequest(fresh<Vector>({{n, ""}}))); }, "1", "-1",
          "I DovMutiResStateRequest enter\nu\nf DovMutiResStateRequest\n"
          "fE failed to get resource value\nsD get resource value, opcode 0x00000005, value 3"},
         {"DovResStateRequest", "stateRequest", kData, "{5 ''}", [](int n) { return stateOf(n); },
@@ -270,26 +270,22 @@ const std::vector<Operation>& operations() {
          [](int) { return stateOf(kPower); }, "3", "-1",
          "I dov client DovGetPowerConsis\nu\nf DovGetPowerConsis"},
         {"DovGetHistory", "stateRequest", kData, "type 11",
-         [](int) { std::string history; return text(DovGetHistory(history)); }, "0", "-1",
+         [](int) { return text(DovGetHistory(fresh<std::string>())); }, "0", "-1",
          "I dov client DovGetHistory\nu\nbI dov client hal DovGetHistory\nf DovGetHistory\n"
          "fE failed to get history or return vector empty, data vector size 0\n"
          "sD get history successful: start:entry;end"},
         {"DovGetPowerConsis", "stateRequest", kData,
          "type 15 package 'none' {1011670 '0 1 35'}{1011670 '1 1 35'}{1011670 '2 1 35'}",
-         [](int) { return outcome(DovGetPowerConsis); }, "3", "-1",
+         called<DovGetPowerConsis>, "3", "-1",
          "I dov client DovGetPowerConsis\nu\nf DovGetPowerConsis"},
-        {"DovGetPMStatus", "stateRequest", kData, "type 13 {5}",
-         [](int n) { return outcome([n] { return DovGetPMStatus(n); }); }, "3", "-1",
+        {"DovGetPMStatus", "stateRequest", kData, "type 13 {5}", called<DovGetPMStatus>, "3", "-1",
          "I dov client DovGetPMStatus\nu\nbI dov client hal DovGetPMStatus\nf DovGetPMStatus\n"
          "fE failed to get power mode status, mode 5, data vector size 0"},
         {"Dov_fetch_dataset", "stateRequest", kData, "type 16",
-         [](int) {
-             std::vector<DovClient::Resource> r;
-             return outcome([&r] { return Dov_fetch_dataset(r); });
-         }, "1", "-1",
+         [](int) { return outcome([] { return Dov_fetch_dataset(fresh<Vector>()); }); }, "1", "-1",
          "I Dov_fetch_dataset enter\nu\nf Dov_fetch_dataset\nfE failed to get resource value"},
         {"DovGetFeatureStatus", "stateRequest", kData, "type 17 {5}",
-         [](int n) { return outcome([n] { return DovGetFeatureStatus(n); }); }, "3", "-1",
+         called<DovGetFeatureStatus>, "3", "-1",
          "I DovGetFeatureStatus enter\nu\nf DovGetFeatureStatus\n"
          "fE failed to get resource value, 0"},
         {"DovEventAcquireWrapper", "request", kNumber, "type 8 package 'p' identity '5' {0}",
@@ -299,8 +295,7 @@ const std::vector<Operation>& operations() {
          "I [DOV_CLIENT_WRAPPER]: [DovEventAcquireWrapper] eventId:VANTEL_ACTION_LAUNCH, scene:p, "
          "identity:5, timeout:0\nI DovEventAcquire, cmdid:0, pkg:p, identity:5\nu\n"
          "f DovEventAcquire\nfE mirxResCtlRequest error:-1"},
-        {"DovReleaseWapper", "release", kNumber, "5",
-         [](int n) { return nothing([n] { DovReleaseWapper(n); }); }, "", "",
+        {"DovReleaseWapper", "release", kNumber, "5", called<DovReleaseWapper>, "", "",
          "I [DOV_CLIENT_WRAPPER]: [DovReleaseWapper] 5\nI DovRelease, handle:5\nu\n"
          "f mirxResCtlRelease"},
         {"DovNotifyWapper", "ruleCtl", kNumber, "1 1",
@@ -308,7 +303,7 @@ const std::vector<Operation>& operations() {
          "I [DOV_CLIENT_WRAPPER]: [DovNotifyWapper] n, src:1, type:1\n"
          "I dovRuleCtl, ruleId:1, status:1\nu\nf dovRuleCtl"},
         {"clrGameUpgradeMode", "ruleCtl", kNumber, "5 0 {1011040 '-1'}{1011040 ''}",
-         [](int n) { return nothing([n] { clrGameUpgradeMode(n, 0); }); }, "", "",
+         [](int n) { return outcome([n] { clrGameUpgradeMode(n, 0); }); }, "", "",
          "I dovRuleCtl, ruleId:5, status:0\nu\nf dovRuleCtl"},
     };
     // clang-format on
