@@ -33,20 +33,20 @@ class CallbackTest : public ClientTest {
   protected:
     ~CallbackTest() override { mirxResListeningUnRegister(handle); }
 
-    // Makes a request and returns the callback object that the service received.
+    // The callback object that the service has received.
+    std::shared_ptr<IMirxCallback> received() {
+        const RecordedCall call = theCall();
+        log.take();
+        return call.callback != nullptr ? call.callback : call.parcel.callback;
+    }
     std::shared_ptr<IMirxCallback> request(const std::shared_ptr<IClientCallback>& callback) {
         mirxSACtlRequest(-1, 1, 2, 0, 0, 3, callback);
-        const auto received = theCall().parcel.callback;
-        log.take();
-        return received;
+        return received();
     }
-    // The same for a registration.
     std::shared_ptr<IMirxCallback> listen(const std::shared_ptr<IClientCallback>& callback) {
         std::list<DovClient::Resource> resources = {{7, {}}};
         handle = mirxResListeningRegister(resources, 1, callback);
-        const auto received = theCall().callback;
-        log.take();
-        return received;
+        return received();
     }
 
     int handle = -1;
@@ -68,8 +68,7 @@ TEST_F(CallbackTest, clientGetsEveryElementWithAValue) {
     EXPECT_EQ(log.text(kTag), values + kFound + removed("1 after 0") + kTransaction);
 
     mirx_res_listening_register_by_path({"/a"}, 1, heard);
-    const auto byPath = theCall().callback;
-    log.take();
+    const auto byPath = received();
     for (int call = 0; call < 2; ++call) {
         EXPECT_TRUE(byPath->onCallback({pathElement("/a", "7"), pathElement("/b"), element(1, "8")})
                             .isOk());
@@ -84,32 +83,24 @@ TEST_F(CallbackTest, clientGetsEveryElementWithAValue) {
 // Every function that takes a callback: its kind, and whether it is removed when called.
 TEST_F(CallbackTest, onlyRequestCallbacksAreRemovedWhenCalled) {
     std::list<DovClient::Resource> none, one = {{1, {}}};
-    const std::pair<std::function<int()>, std::string> cases[] = {
-            {[&] { return mirxResCtlRequest(-1, 1, none, 0, 0, 2, heard); }, "{0 '1'}"},
-            {[&] { return mirxSACtlRequest(-1, 1, 2, 0, 0, 2, heard); }, "{0 '1'}"},
-            {[&] {
-                 return mirx_resctl_request_with_callback_by_path(-1, 1, {}, {}, 0, 0, 2, heard);
-             },
-             "/a='1'"},
-            {[&] { return mirxResListeningRegister(one, 2, heard); }, "{0 '1'}"},
-            {[&] { return mirxThermalListeningRegister({1}, heard); }, "{0 '1'}"},
-            {[&] { return mirx_res_listening_register_by_path({"/a"}, 2, heard); }, "/a='1'"},
-            {[&] {
-                 return mirx_res_listening_register_map_by_path({{"/b", ""}}, 2, heard);
-             },
-             "/a='1'"},
-    };
-    for (const auto& [hand, received] : cases) {
-        EXPECT_EQ(hand(), 1);
-        const RecordedCall call = theCall();
-        EXPECT_EQ(waitingCallbacks(), call.operation == "request" ? 1u : 0u);
-        const auto callback = call.callback ? call.callback : call.parcel.callback;
-        callback->onCallback({pathElement("/a", "1")});
-        EXPECT_THAT(heard->take(), ElementsAre(received));
+    const auto heardBy = [this](int result, size_t waiting) {
+        EXPECT_EQ(result, 1);
+        EXPECT_EQ(waitingCallbacks(), waiting);
+        received()->onCallback({pathElement("/a", "1")});
         EXPECT_EQ(waitingCallbacks(), 0u);
         mirxResListeningUnRegister(1);
         service->take();
-    }
+        return heard->take().at(0);
+    };
+    EXPECT_EQ(heardBy(mirxResCtlRequest(-1, 1, none, 0, 0, 2, heard), 1), "{0 '1'}");
+    EXPECT_EQ(heardBy(mirxSACtlRequest(-1, 1, 2, 0, 0, 2, heard), 1), "{0 '1'}");
+    EXPECT_EQ(heardBy(mirx_resctl_request_with_callback_by_path(1, 1, {}, {}, 0, 0, 2, heard), 1),
+              "/a='1'");
+    EXPECT_EQ(heardBy(mirxResListeningRegister(one, 2, heard), 0), "{0 '1'}");
+    EXPECT_EQ(heardBy(mirxThermalListeningRegister({1}, heard), 0), "{0 '1'}");
+    EXPECT_EQ(heardBy(mirx_res_listening_register_by_path({"/a"}, 2, heard), 0), "/a='1'");
+    EXPECT_EQ(heardBy(mirx_res_listening_register_map_by_path({{"/b", ""}}, 2, heard), 0),
+              "/a='1'");
 }
 
 TEST_F(CallbackTest, everyEntryOfACalledObjectIsRemoved) {

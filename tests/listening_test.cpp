@@ -96,6 +96,9 @@ TEST_F(ListeningTest, unregisterRemovesEveryEntryWithTheHandle) {
     EXPECT_EQ(byPath({1}), -2);
     EXPECT_EQ(byId({2}), -2);
     EXPECT_EQ(byId({3}), -1) << "the entry of another handle was removed too";
+    log.take();
+    EXPECT_EQ(mirxResListeningUnRegister(-2), -2);
+    EXPECT_EQ(log.text(kClientTag), known(-2)) << "no entry for a handle below zero";
 }
 
 TEST_F(ListeningTest, unregisterRemovesEntriesOnlyIfItCalls) {

@@ -15,6 +15,7 @@
 using namespace mirxHalclient;
 using DovClient::Resource;
 using testing::IsEmpty;
+using namespace std::string_literals;
 
 namespace {
 
@@ -26,29 +27,36 @@ bool isClients(const Operation& operation) {
     return std::string_view(operation.name).starts_with("mirx");
 }
 
-// The lines of the operation's log in this state. An empty answer is no failed call.
+// The operation's log in this state. An empty answer is no failed call.
 std::string logIn(State state, const Operation& operation) {
-    const std::string name = operation.name;
-    const std::string regular = "I mirx client " + name + "\nu\nf " + name;
-    const std::string failed = isClients(operation) ? "() failed: " : "() failed : ";
+    const bool client = isClients(operation);
+    const std::string log = operation.log ? operation.log : "I mirx client "s + operation.name;
+    std::string failed = operation.name;
     std::vector<std::string> lines;
-    for (const std::string& line :
-         android::base::Split(operation.log == nullptr ? regular : operation.log, "\n")) {
-        if (line == "u") {
-            if (state != kUndeclared) continue;
-            lines.emplace_back("E Mirx is not declared, AServiceManager_isDeclared:0");
-            if (isClients(operation)) continue;
-            lines.emplace_back("E dov_get_mirx_hal_and_link_to_death error:-1");
-        } else if (line.starts_with("f ")) {
-            if (state != kFailing) continue;
-            lines.push_back("E " + line.substr(2) + failed + "mirx HAL service not available");
-        } else if (const char when = line[0]; std::isupper(when) != 0) {
-            lines.push_back(line);
-        } else if (when == state || (when == 'b' && state != kUndeclared) ||
-                   (when == 'f' && state == kEmpty)) {
-            lines.push_back(line.substr(1));
+    // Adds the lines with this mark.
+    const auto add = [&](char mark) {
+        for (const std::string& line : android::base::Split(log, "\n")) {
+            if (line.starts_with("f ")) {
+                failed = line.substr(2);
+            } else if (line.starts_with(mark)) {
+                lines.push_back(line.substr(1));
+            }
         }
+    };
+    for (const std::string& line : android::base::Split(log, "\n")) {
+        if (line.starts_with("I ") || line.starts_with("E ")) lines.push_back(line);
     }
+    if (state == kUndeclared) {
+        lines.emplace_back("E Mirx is not declared, AServiceManager_isDeclared:0");
+        if (!client) lines.emplace_back("E dov_get_mirx_hal_and_link_to_death error:-1");
+    } else {
+        add('b');
+    }
+    if (state == kFailing) {
+        lines.push_back("E " + failed + (client ? "() failed: " : "() failed : ") +
+                        "mirx HAL service not available");
+    }
+    add(state == kEmpty ? kFailing : state);
     return android::base::Join(lines, '\n');
 }
 

@@ -24,10 +24,10 @@ struct Operation {
     const char* result = "3";
     // The outcome of a failed call.
     const char* failed = "-1";
-    // What call(5) logs, one line each: the priority and the text. "u" stands for the lines about an
-    // undeclared service, "f NAME" for the line about a failed call. A line that begins with a small
-    // letter is logged only then: b if the service is bound, s if the call succeeds, f if it fails.
-    // Null for a log that contains nothing but the name.
+    // What call(5) logs, one line each: the priority and the text. Lines about an undeclared service
+    // and "NAME() failed" follow by themselves; "f NAME" gives another name. A line that begins
+    // with a small letter is logged only then: u if the service is undeclared, b if it is bound, s
+    // if the call succeeds, f if it fails. Null for "I mirx client NAME".
     const char* log = nullptr;
     // The outcome with an undeclared service, if that is not `failed`.
     const char* unbound = nullptr;
