@@ -1,8 +1,7 @@
 // Tests of how answers are read: what the caller gets, and what is logged of them.
 #include <dov/dov.h>
 
-#include <functional>
-#include <stdexcept>
+#include <optional>
 
 #include "tests/support/client_test.h"
 #include "tests/support/outcome.h"

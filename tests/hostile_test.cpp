@@ -57,11 +57,11 @@ class HostileTest : public ClientTest {
         if (overDriver()) GTEST_SKIP() << "the relay forwards only valid calls and answers";
     }
 
-    // Serves `answer` until the test ends.
+    // Serves `answer` until the test ends: then `service` is failing.
     void serveRaw(std::function<binder_status_t(AParcel* out)> answer) {
-        serve(makeRawService([live = mLive, answer = std::move(answer)](
+        serve(makeRawService([service = service, answer = std::move(answer)](
                                      transaction_code_t, const AParcel*, AParcel* out) {
-            return *live ? answer(out) : STATUS_UNKNOWN_ERROR;
+            return service->failing ? STATUS_UNKNOWN_ERROR : answer(out);
         }));
     }
 
@@ -84,13 +84,7 @@ class HostileTest : public ClientTest {
         });
     }
 
-    ~HostileTest() override {
-        endRegistration();
-        *mLive = false;
-    }
-
-  private:
-    const std::shared_ptr<std::atomic<bool>> mLive = std::make_shared<std::atomic<bool>>(true);
+    ~HostileTest() override { endRegistration(); }
 };
 
 TEST_F(HostileTest, badAnswerFailsOnlyTheCurrentCall) {
@@ -143,19 +137,18 @@ TEST_F(HostileTest, unansweredCallDoesNotBlockOtherCalls) {
     for (const Operation& operation : operations()) {
         if (operation.reply == Reply::kOneWay) continue;
         SCOPED_TRACE(operation.name);
-        std::latch stuck(1), letGo(1);
-        std::atomic<bool> first = true;
+        std::atomic<bool> stuck = false;
+        std::latch letGo(1);
         service->whenCalled([&](const std::string& called) {
-            if (called != operation.service || !first.exchange(false)) return;
-            stuck.count_down();
-            letGo.wait();
+            if (called == operation.service && !stuck.exchange(true)) letGo.wait();
         });
         std::string outcome;
         std::thread caller([&] {
             outcome = operation.call(kN);
             endRegistration();
         });
-        stuck.wait();
+        EXPECT_TRUE(eventually([&] { return stuck.load(); }));
+        stuck = true;  // or a call below would wait instead
         EXPECT_EQ(dovInit(), 0);
         EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), 3);
         EXPECT_EQ(mirxHalclient::mirxPropertySet("key", "value"), 3);

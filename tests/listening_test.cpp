@@ -92,6 +92,8 @@ TEST_F(ListeningTest, unregisterRemovesEveryEntryWithTheHandle) {
     log.take();
     EXPECT_EQ(mirxResListeningUnRegister(5), -2);
     EXPECT_EQ(log.text(kClientTag), known(5));
+    EXPECT_EQ(mirxResListeningUnRegister(5), -2);
+    EXPECT_THAT(log.text(kClientTag), testing::HasSubstr("was not registered before"));
     EXPECT_EQ(byId({1}), -2);
     EXPECT_EQ(byPath({1}), -2);
     EXPECT_EQ(byId({2}), -2);

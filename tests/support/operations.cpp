@@ -1,9 +1,9 @@
 // A table of every call that the library makes to its service.
 #include "tests/support/operations.h"
 
-#include <memory>
 #include <mutex>
 #include <shared_mutex>
+#include <utility>
 
 #include <dov/DovWrapper.h>
 #include <dov/dov.h>
