@@ -222,5 +222,5 @@ TEST_F(SceneTest, gameUpgradeIsClearedForAnyRule) {
     const auto calls = service->take();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_THAT(calls[0].numbers, ElementsAre(-4, 9));
-    EXPECT_THAT(shown(calls[0].data), ElementsAre("01011040 '-1'", "01011040 ''"));
+    EXPECT_EQ(shown(calls[0].data), "{1011040 '-1'}{1011040 ''}");
 }

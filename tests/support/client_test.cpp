@@ -1,19 +1,9 @@
-// The fixture and the helpers for tests of the low-level client.
+// The fixture and the helpers for tests of the library's calls.
 #include "tests/support/client_test.h"
 
 #include <utility>
 
-static const char kTag[] = "MIRXFramework-lib-vendor";
-
-LogLine info(const std::string& text) {
-    return {ANDROID_LOG_INFO, kTag, text};
-}
-LogLine error(const std::string& text) {
-    return {ANDROID_LOG_ERROR, kTag, text};
-}
-LogLine failed(const std::string& name) {
-    return error(name + "() failed: mirx HAL service not available");
-}
+#include <android-base/strings.h>
 
 MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::string> value) {
     MirxRequestData data = element(0, std::move(value));
@@ -21,49 +11,43 @@ MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::
     return data;
 }
 
-MirxRequestParcel control(int32_t kind, int32_t handle, int64_t duration, int32_t arg4, bool flag,
-                          int32_t pid, std::vector<MirxRequestData> data) {
-    MirxRequestParcel parcel;
-    parcel.requestType = kind;
-    parcel.handle = handle;
-    parcel.duration = duration;
-    parcel.arg4 = arg4;
-    parcel.flag = flag;
-    parcel.pid = pid;
-    parcel.requestData = std::move(data);
-    return parcel;
-}
-
-OpcodesAndValues plain(const std::list<DovClient::Resource>& resources) {
-    OpcodesAndValues result;
-    for (const auto& r : resources) result.emplace_back(r.opcode, r.value.value_or("(absent)"));
-    return result;
-}
-
 void Heard::onCallback(std::list<DovClient::Resource> resources) {
+    record(shown(resources));
+}
+
+void Heard::onCallback(std::vector<std::string> values, std::vector<std::string> paths) {
+    EXPECT_EQ(values.size(), paths.size());
+    for (size_t i = 0; i < values.size(); ++i) paths.at(i) += "='" + values[i] + "'";
+    record(android::base::Join(paths, ','));
+}
+
+void Heard::record(std::string call) {
     if (then) then();
     std::lock_guard lock(mMutex);
-    mCalls.push_back(plain(resources));
+    mCalls.push_back(std::move(call));
 }
 
-std::vector<OpcodesAndValues> Heard::take() {
+std::vector<std::string> Heard::take() {
     std::lock_guard lock(mMutex);
     return std::exchange(mCalls, {});
 }
 
-void HeardByPath::onCallback(std::vector<std::string> values, std::vector<std::string> paths) {
-    std::lock_guard lock(mMutex);
-    mCalls.emplace_back(std::move(values), std::move(paths));
+ClientTest::~ClientTest() {
+    std::lock_guard lock(request_callback_mutex);
+    request_callbacks.clear();
 }
 
-std::vector<HeardByPath::Call> HeardByPath::take() {
-    std::lock_guard lock(mMutex);
-    return std::exchange(mCalls, {});
+void ClientTest::answerThree() {
+    service->answer = 3;
+    service->property = "3";
+    service->state = {pathElement("/5", "3")};
+    service->state[0].id = 5;
+    service->state[0].extra = "entry";
 }
 
 std::vector<LogLine> ClientTest::clientLines() {
     std::vector<LogLine> lines = log.take();
-    std::erase_if(lines, [](const LogLine& line) { return line.tag != kTag; });
+    std::erase_if(lines, [](const LogLine& line) { return line.tag != kClientTag; });
     return lines;
 }
 
@@ -71,12 +55,6 @@ RecordedCall ClientTest::theCall() {
     std::vector<RecordedCall> calls = service->take();
     EXPECT_EQ(calls.size(), 1u);
     return calls.empty() ? RecordedCall() : std::move(calls.front());
-}
-
-std::string ClientTest::theParcel() {
-    MirxRequestParcel parcel = theCall().parcel;
-    parcel.callback = nullptr;
-    return parcel.toString();
 }
 
 size_t ClientTest::waitingCallbacks() {

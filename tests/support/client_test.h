@@ -1,4 +1,4 @@
-// The fixture and the helpers for tests of the low-level client.
+// The fixture and the helpers for tests of the library's calls.
 #pragma once
 
 #include <dov/halclient.h>
@@ -7,55 +7,41 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/data.h"
+#include "tests/support/shown.h"
 #include "tests/support/test_services.h"
 
-// Log lines of the low-level client.
-LogLine info(const std::string& text);
-LogLine error(const std::string& text);
-LogLine failed(const std::string& name);
+inline constexpr char kClientTag[] = "MIRXFramework-lib-vendor";
+inline constexpr char kDovTag[] = "[DOV_CLIENT]";
 
 MirxRequestData pathElement(std::optional<std::string> path, std::optional<std::string> value = {});
 
-// Makes a request. For an operation without a flag, `flag` is false.
-MirxRequestParcel control(int32_t kind, int32_t handle, int64_t duration, int32_t arg4, bool flag,
-                          int32_t pid, std::vector<MirxRequestData> data);
-
-using OpcodesAndValues = std::vector<std::pair<int32_t, std::string>>;
-OpcodesAndValues plain(const std::list<DovClient::Resource>& resources);
-
-// Records the (opcode, value) pairs of each callback.
-class Heard : public IClientCallback {
+// Records each callback as text: by id as "{7 '1'}", by path as "/a='1',/b=''".
+class Heard : public IClientCallback, public IClientCallbackByPath {
   public:
     void onCallback(std::list<DovClient::Resource> resources) override;
-    std::vector<OpcodesAndValues> take();
+    void onCallback(std::vector<std::string> values, std::vector<std::string> paths) override;
+    std::vector<std::string> take();
 
     std::function<void()> then;  // called during each callback, if set
 
   private:
+    void record(std::string call);
+
     std::mutex mMutex;
-    std::vector<OpcodesAndValues> mCalls GUARDED_BY(mMutex);
+    std::vector<std::string> mCalls GUARDED_BY(mMutex);
 };
-
-// Records the (values, paths) of each callback.
-class HeardByPath : public IClientCallbackByPath {
-  public:
-    using Call = std::pair<std::vector<std::string>, std::vector<std::string>>;
-
-    void onCallback(std::vector<std::string> values, std::vector<std::string> paths) override;
-    std::vector<Call> take();
-
-  private:
-    std::mutex mMutex;
-    std::vector<Call> mCalls GUARDED_BY(mMutex);
-};
+using HeardByPath = Heard;
 
 class ClientTest : public BinderTest {
   protected:
+    // Empties request_callbacks for the next test.
+    ~ClientTest() override;
+
+    // Has the service answer 3 to everything, as Operation::result expects.
+    void answerThree();
     // Takes the log: returns the low-level client's lines and discards the others.
     std::vector<LogLine> clientLines();
     // Takes the service's calls, of which there must be exactly one.
     RecordedCall theCall();
-    // The parcel of theCall() as text, without its callback.
-    std::string theParcel();
     static size_t waitingCallbacks();
 };

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include <android-base/strings.h>
 #include <android-base/thread_annotations.h>
 
 namespace {
@@ -16,19 +17,22 @@ namespace {
 std::mutex& gMutex = *new std::mutex;
 std::vector<LogLine>& gLines GUARDED_BY(gMutex) = *new std::vector<LogLine>;
 
-constexpr std::array<std::string_view, 4> kLibraryTags = {"MIRXFramework-lib-vendor",
-                                                          "MirxFramework-lib-vendor",
-                                                          "[DOV_CLIENT]", "[DOV_CLIENT_WRAPPER]"};
+constexpr std::array<std::string_view, 13> kPlatformTags = {
+        "BpBinder",     "FdTrigger", "IPCThreadState",          "Parcel",
+        "ProcessState", "RefBase",   "RpcRawTransport",         "RpcServer",
+        "RpcSession",   "RpcState",  "ServiceManagerCppClient", "hostbinder",
+        "libbinder_ndk"};
 
-// Other lines come from the binder stack or the test's service manager.
-bool isTheLibrarys(std::string_view tag, std::string_view text) {
-    return std::find(kLibraryTags.begin(), kLibraryTags.end(), tag) != kLibraryTags.end() ||
-           (tag == "(null)" && text.starts_with("BnMirxCallback::"));
+// Whether a line comes from the binder stack or the tests' service manager. Parts of the stack log
+// without a tag; of the library only the transaction log does.
+bool isThePlatforms(std::string_view tag, std::string_view text) {
+    if (tag == "(null)") return !text.starts_with("BnMirxCallback::");
+    return std::find(kPlatformTags.begin(), kPlatformTags.end(), tag) != kPlatformTags.end();
 }
 
 void capture(const __android_log_message* message) {
     const std::string tag = message->tag == nullptr ? "(null)" : message->tag;
-    if (!isTheLibrarys(tag, message->message)) return;
+    if (isThePlatforms(tag, message->message)) return;
     std::lock_guard lock(gMutex);
     gLines.push_back({message->priority, tag, message->message});
 }
@@ -49,4 +53,15 @@ LogCapture::LogCapture() {
 std::vector<LogLine> LogCapture::take() {
     std::lock_guard lock(gMutex);
     return std::exchange(gLines, {});
+}
+
+std::string LogCapture::text(std::string_view usualTag) {
+    std::vector<std::string> lines;
+    for (const LogLine& line : take()) {
+        if (line.text == "ndk backend ~MirxCallbackClient") continue;
+        const char priority = "VDIWEF"[line.priority - ANDROID_LOG_VERBOSE];
+        const std::string tag = line.tag == usualTag ? "" : line.tag + ": ";
+        lines.push_back(priority + (" " + tag) + line.text);
+    }
+    return android::base::Join(lines, '\n');
 }

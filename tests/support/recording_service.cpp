@@ -5,7 +5,36 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tests/support/shown.h"
+
 using ndk::ScopedAStatus;
+
+std::string shown(const RecordedCall& call) {
+    const MirxRequestParcel& parcel = call.parcel;
+    std::string text = call.operation;
+    const auto add = [&text](const char* name, int64_t number) {
+        if (number != 0) text += name + std::to_string(number);
+    };
+    for (const int32_t number : call.numbers) text += " " + std::to_string(number);
+    for (const std::string& argument : call.texts) text += " '" + argument + "'";
+    add(" type ", parcel.requestType);
+    add(" handle ", parcel.handle);
+    add(" duration ", parcel.duration);
+    add(" arg4 ", parcel.arg4);
+    if (parcel.flag) text += " flag";
+    add(" pid ", parcel.pid);
+    if (parcel.packageName) text += " package '" + *parcel.packageName + "'";
+    if (parcel.identity) text += " identity '" + *parcel.identity + "'";
+    if (parcel.stringList) text += " tags";
+    for (const auto& tag : parcel.stringList.value_or(std::vector<std::optional<std::string>>())) {
+        text += " " + tag.value_or("(null)");
+    }
+    if (parcel.numbers) text += " numbers";
+    if (!call.data.empty()) text += " " + shown(call.data);
+    if (!parcel.requestData.empty()) text += " " + shown(parcel.requestData);
+    if (parcel.callback != nullptr || call.callback != nullptr) text += " callback";
+    return text;
+}
 
 std::vector<RecordedCall> RecordingService::take() {
     std::lock_guard lock(mMutex);
@@ -45,72 +74,4 @@ ScopedAStatus RecordingService::record(RecordedCall call) {
 ScopedAStatus RecordingService::record(RecordedCall call, int32_t* result) {
     *result = counting ? ++answer : answer.load();
     return record(std::move(call));
-}
-
-ScopedAStatus RecordingService::init() {
-    return record({.operation = "init"});
-}
-
-ScopedAStatus RecordingService::request(const MirxRequestParcel& parcel, int32_t* result) {
-    return record({.operation = "request", .parcel = parcel}, result);
-}
-
-ScopedAStatus RecordingService::release(int32_t handle, int32_t* result) {
-    return record({.operation = "release", .numbers = {handle}}, result);
-}
-
-ScopedAStatus RecordingService::stateRequest(const MirxRequestParcel& parcel,
-                                             std::vector<MirxRequestData>* result) {
-    *result = state;
-    return record({.operation = "stateRequest", .parcel = parcel});
-}
-
-ScopedAStatus RecordingService::listeningRegister(const MirxRequestParcel& parcel,
-                                                  const std::shared_ptr<IMirxCallback>& callback,
-                                                  int32_t* result) {
-    return record({.operation = "listeningRegister", .parcel = parcel, .callback = callback},
-                  result);
-}
-
-ScopedAStatus RecordingService::listeningUnregister(int32_t handle, int32_t* result) {
-    return record({.operation = "listeningUnregister", .numbers = {handle}}, result);
-}
-
-ScopedAStatus RecordingService::propertyGet(const std::string& key, std::string* result) {
-    *result = property;
-    return record({.operation = "propertyGet", .texts = {key}});
-}
-
-ScopedAStatus RecordingService::propertySet(const std::string& key, const std::string& value,
-                                            int32_t* result) {
-    return record({.operation = "propertySet", .texts = {key, value}}, result);
-}
-
-ScopedAStatus RecordingService::thermalListeningRegister(
-        const std::vector<int32_t>& ids, const std::shared_ptr<IMirxCallback>& callback,
-        int32_t* result) {
-    return record({.operation = "thermalListeningRegister", .numbers = ids, .callback = callback},
-                  result);
-}
-
-ScopedAStatus RecordingService::thermalListeningUnregister(int32_t handle, int32_t* result) {
-    return record({.operation = "thermalListeningUnregister", .numbers = {handle}}, result);
-}
-
-ScopedAStatus RecordingService::reservedOperation() {
-    return record({.operation = "reservedOperation"});
-}
-
-ScopedAStatus RecordingService::setRelatedSysInfo(int32_t first, int32_t second, int32_t* result) {
-    return record({.operation = "setRelatedSysInfo", .numbers = {first, second}}, result);
-}
-
-ScopedAStatus RecordingService::ruleCtl(int32_t ruleId, int32_t status,
-                                        const std::vector<MirxRequestData>& resources,
-                                        int32_t* result) {
-    return record({.operation = "ruleCtl", .numbers = {ruleId, status}, .data = resources}, result);
-}
-
-ScopedAStatus RecordingService::oneWayRequest(const MirxRequestParcel& parcel) {
-    return record({.operation = "oneWayRequest", .parcel = parcel});
 }

@@ -19,20 +19,29 @@ using aidl::vendor::tavro::hardware::mirx::MirxRequestParcel;
 // One received call. Members that the operation does not use keep their defaults.
 struct RecordedCall {
     std::string operation;
-    MirxRequestParcel parcel;
-    std::vector<int32_t> numbers;
-    std::vector<std::string> texts;
-    std::vector<MirxRequestData> data;
-    std::shared_ptr<IMirxCallback> callback;
+    std::vector<int32_t> numbers = {};
+    std::vector<std::string> texts = {};
+    std::vector<MirxRequestData> data = {};
+    MirxRequestParcel parcel = {};
+    std::shared_ptr<IMirxCallback> callback = nullptr;
 };
 
+// The operation and all that differs from the defaults, as in
+// "request type 1 duration -1 flag {1010010 '7'} callback".
+std::string shown(const RecordedCall& call);
+
 class RecordingService : public BnMirx {
+    using Status = ndk::ScopedAStatus;
+    using Parcel = MirxRequestParcel;
+    using Data = std::vector<MirxRequestData>;
+    using Callback = std::shared_ptr<IMirxCallback>;
+
   public:
     // The answer of every operation that returns a number.
     std::atomic<int32_t> answer = 1;
     // While set, each answer that is a number is one greater than the previous one.
     std::atomic<bool> counting = false;
-    std::vector<MirxRequestData> state;
+    Data state;
     std::string property;
     // While set, operations fail with an exception.
     std::atomic<bool> failing = false;
@@ -44,32 +53,53 @@ class RecordingService : public BnMirx {
     // Waits for a one-way call to arrive, and returns the next recorded call.
     RecordedCall awaitCall();
 
-    ndk::ScopedAStatus init() override;
-    ndk::ScopedAStatus request(const MirxRequestParcel& parcel, int32_t* result) override;
-    ndk::ScopedAStatus release(int32_t handle, int32_t* result) override;
-    ndk::ScopedAStatus stateRequest(const MirxRequestParcel& parcel,
-                                    std::vector<MirxRequestData>* result) override;
-    ndk::ScopedAStatus listeningRegister(const MirxRequestParcel& parcel,
-                                         const std::shared_ptr<IMirxCallback>& callback,
-                                         int32_t* result) override;
-    ndk::ScopedAStatus listeningUnregister(int32_t handle, int32_t* result) override;
-    ndk::ScopedAStatus propertyGet(const std::string& key, std::string* result) override;
-    ndk::ScopedAStatus propertySet(const std::string& key, const std::string& value,
-                                   int32_t* result) override;
-    ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>& ids,
-                                                const std::shared_ptr<IMirxCallback>& callback,
-                                                int32_t* result) override;
-    ndk::ScopedAStatus thermalListeningUnregister(int32_t handle, int32_t* result) override;
-    ndk::ScopedAStatus reservedOperation() override;
-    ndk::ScopedAStatus setRelatedSysInfo(int32_t first, int32_t second, int32_t* result) override;
-    ndk::ScopedAStatus ruleCtl(int32_t ruleId, int32_t status,
-                               const std::vector<MirxRequestData>& resources,
-                               int32_t* result) override;
-    ndk::ScopedAStatus oneWayRequest(const MirxRequestParcel& parcel) override;
+    Status init() override { return record({"init"}); }
+    Status request(const Parcel& parcel, int32_t* result) override {
+        return record({.operation = "request", .parcel = parcel}, result);
+    }
+    Status release(int32_t handle, int32_t* result) override {
+        return record({"release", {handle}}, result);
+    }
+    Status stateRequest(const Parcel& parcel, Data* result) override {
+        *result = state;
+        return record({.operation = "stateRequest", .parcel = parcel});
+    }
+    Status listeningRegister(const Parcel& parcel, const Callback& callback,
+                             int32_t* result) override {
+        return record({.operation = "listeningRegister", .parcel = parcel, .callback = callback},
+                      result);
+    }
+    Status listeningUnregister(int32_t handle, int32_t* result) override {
+        return record({"listeningUnregister", {handle}}, result);
+    }
+    Status propertyGet(const std::string& key, std::string* result) override {
+        *result = property;
+        return record({"propertyGet", {}, {key}});
+    }
+    Status propertySet(const std::string& key, const std::string& value, int32_t* result) override {
+        return record({"propertySet", {}, {key, value}}, result);
+    }
+    Status thermalListeningRegister(const std::vector<int32_t>& ids, const Callback& callback,
+                                    int32_t* result) override {
+        return record({"thermalListeningRegister", ids, {}, {}, {}, callback}, result);
+    }
+    Status thermalListeningUnregister(int32_t handle, int32_t* result) override {
+        return record({"thermalListeningUnregister", {handle}}, result);
+    }
+    Status reservedOperation() override { return record({"reservedOperation"}); }
+    Status setRelatedSysInfo(int32_t first, int32_t second, int32_t* result) override {
+        return record({"setRelatedSysInfo", {first, second}}, result);
+    }
+    Status ruleCtl(int32_t ruleId, int32_t status, const Data& data, int32_t* result) override {
+        return record({"ruleCtl", {ruleId, status}, {}, data}, result);
+    }
+    Status oneWayRequest(const Parcel& parcel) override {
+        return record({.operation = "oneWayRequest", .parcel = parcel});
+    }
 
   private:
-    ndk::ScopedAStatus record(RecordedCall call);
-    ndk::ScopedAStatus record(RecordedCall call, int32_t* result);
+    Status record(RecordedCall call);
+    Status record(RecordedCall call, int32_t* result);
 
     std::mutex mMutex;
     std::condition_variable mRecorded;

@@ -2,32 +2,31 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include <android-base/stringprintf.h>
 #include <dov/Resource.h>
 
 #include <aidl/vendor/tavro/hardware/mirx/MirxRequestData.h>
 
-inline std::vector<std::string> shown(const std::vector<DovClient::Resource>& resources) {
-    std::vector<std::string> lines;
-    lines.reserve(resources.size());
-    for (const auto& [opcode, value] : resources) {
-        lines.push_back(android::base::StringPrintf("%08x ", static_cast<uint32_t>(opcode)) +
-                        (value ? "'" + *value + "'" : "absent"));
-    }
-    return lines;
+inline std::string shown(const DovClient::Resource& resource) {
+    const std::string id =
+            android::base::StringPrintf("{%x", static_cast<uint32_t>(resource.opcode));
+    return id + (resource.value ? " '" + *resource.value + "'}" : "}");
 }
 
-inline std::vector<std::string> shown(
-        const std::vector<aidl::vendor::tavro::hardware::mirx::MirxRequestData>& data) {
-    std::vector<std::string> lines;
-    lines.reserve(data.size());
-    for (const auto& element : data) {
-        lines.push_back(shown(std::vector<DovClient::Resource>{{element.id, element.value}})[0]);
-        if (element.arg != 0) lines.back() += " arg " + std::to_string(element.arg);
-        if (element.path) lines.back() += " path '" + *element.path + "'";
-        if (element.extra) lines.back() += " extra '" + *element.extra + "'";
-    }
-    return lines;
+inline std::string shown(const aidl::vendor::tavro::hardware::mirx::MirxRequestData& data) {
+    std::string text = shown(DovClient::Resource{data.id, data.value});
+    text.pop_back();
+    if (data.arg != 0) text += " arg " + std::to_string(data.arg);
+    if (data.path) text += " path '" + *data.path + "'";
+    if (data.extra) text += " extra '" + *data.extra + "'";
+    return text + "}";
+}
+
+// A list as "{7 '1'}{8}": the ids in hexadecimal, with what is present.
+template <typename List>
+std::string shown(const List& list) {
+    std::string text;
+    for (const auto& element : list) text += shown(element);
+    return text;
 }
