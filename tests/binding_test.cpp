@@ -40,7 +40,20 @@ class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallbac
 
 }  // namespace
 
-class BindingTest : public BinderTest {};
+class BindingTest : public BinderTest {
+  protected:
+    static void initEvents() { dovInit(); }
+
+    bool hasLogged(const LogLine& line, long count = 1) {
+        for (LogLine& logged : log.take()) mLines.push_back(std::move(logged));
+        return std::count(mLines.begin(), mLines.end(), line) >= count;
+    }
+    bool eventuallyLogged(const LogLine& line, long count = 1) {
+        return eventually([&] { return hasLogged(line, count); });
+    }
+
+    std::vector<LogLine> mLines;
+};
 
 TEST_F(BindingTest, bothBindingsInitialiseTheService) {
     mirxHalclient::mirx_init();
@@ -105,47 +118,33 @@ TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
                             kDovError));
 }
 
-TEST_F(BindingTest, lowLevelClientWaitsForADeclaredService) {
-    stopServing();
-    std::thread caller([] { mirxHalclient::mirx_init(); });
-    EXPECT_TRUE(eventually([] { return services().waits == 1; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_THAT(service->take(), IsEmpty());
-    serve();
-    caller.join();
-    EXPECT_EQ(service->take().size(), 1u);
-    EXPECT_THAT(log.take(), ElementsAre(kClientEntry));
-}
-
 TEST_F(BindingTest, failedCallDropsOnlyItsOwnProxy) {
-    mirxHalclient::mirx_init();
-    ASSERT_EQ(dovInit(), 0);
-    log.take();
-    const int bound = services().declarationChecks;
-
-    service->failing = true;
-    EXPECT_EQ(dovInit(), -2);
-    EXPECT_THAT(log.take(),
-                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR,
-                                           "mirx_init() failed : mirx HAL service not available")));
-    service->failing = false;
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(services().declarationChecks, bound) << "the other binding was dropped too";
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_EQ(services().declarationChecks, bound + 1);
-
-    log.take();
-    service->failing = true;
-    mirxHalclient::mirx_init();
-    EXPECT_THAT(log.take(),
-                ElementsAre(kClientEntry,
-                            client(ANDROID_LOG_ERROR,
-                                   "mirx_init() failed: mirx HAL service not available")));
-    service->failing = false;
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_EQ(services().declarationChecks, bound + 1) << "the other binding was dropped too";
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(services().declarationChecks, bound + 2);
+    const struct {
+        void (*fails)();
+        LogLine entry, failure;
+        void (*other)();
+    } cases[] = {
+            {initEvents, kDovEntry,
+             dov(ANDROID_LOG_ERROR, "mirx_init() failed : mirx HAL service not available"),
+             mirxHalclient::mirx_init},
+            {mirxHalclient::mirx_init, kClientEntry,
+             client(ANDROID_LOG_ERROR, "mirx_init() failed: mirx HAL service not available"),
+             initEvents},
+    };
+    for (const auto& [fails, entry, failure, other] : cases) {
+        fails();
+        other();
+        const int bound = services().declarationChecks;
+        log.take();
+        service->failing = true;
+        fails();
+        EXPECT_THAT(log.take(), ElementsAre(entry, failure));
+        service->failing = false;
+        other();
+        EXPECT_EQ(services().declarationChecks, bound) << "the other binding was dropped too";
+        fails();
+        EXPECT_EQ(services().declarationChecks, bound + 1);
+    }
 }
 
 TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
@@ -154,20 +153,16 @@ TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
     for (int death = 0; death < 3; ++death) {
         log.take();
         stopServing();
-        std::vector<LogLine> lines;
-        EXPECT_TRUE(eventually([&] {
-            for (const LogLine& line : log.take()) lines.push_back(line);
-            return lines.size() >= 2;
-        }));
-        EXPECT_THAT(lines, testing::UnorderedElementsAre(
-                                   client(ANDROID_LOG_ERROR, "Mirx HAL Service died"),
-                                   dov(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_TRUE(eventuallyLogged(client(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_TRUE(eventuallyLogged(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_EQ(mLines.size(), 2u);
         EXPECT_EQ(dovInit(), -1);
         serve();
         service->take();
         EXPECT_EQ(dovInit(), 0);
         mirxHalclient::mirx_init();
         EXPECT_EQ(service->take().size(), 2u);
+        mLines.clear();
     }
 }
 
@@ -185,12 +180,12 @@ TEST_F(BindingTest, droppedProxyCanBeBoundByAnotherThread) {
             << "no binding was notified of the death";
 }
 
-TEST_F(BindingTest, concurrentClientCallsBindOnce) {
+TEST_F(BindingTest, waitingClientCallsBindOnce) {
     stopServing();
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) callers.emplace_back([] { mirxHalclient::mirx_init(); });
+    EXPECT_TRUE(eventuallyLogged(kClientEntry, 4));
     EXPECT_TRUE(eventually([] { return services().waits == 1; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     serve();
     for (std::thread& caller : callers) caller.join();
     EXPECT_EQ(services().waits, 1);
@@ -204,20 +199,14 @@ TEST_F(BindingTest, concurrentClientCallsBindOnce) {
 TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
     const LogLine second =
             client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
-    bool seen = false;
-    for (int attempt = 0; attempt < 1000 && !seen; ++attempt) {
+    const LogLine failure =
+            client(ANDROID_LOG_ERROR, "mirx_init() failed: mirx HAL service not available");
+    for (int attempt = 0; attempt < 1000 && !hasLogged(second); ++attempt) {
         service->whenCalled(nullptr);
         mirxHalclient::mirx_init();
         services().waits = 0;
-        std::vector<LogLine> lines;
-        const auto loggedAtLeast = [&](size_t count) {
-            return eventually([&] {
-                for (LogLine& line : log.take()) lines.push_back(std::move(line));
-                return lines.size() >= count;
-            });
-        };
-        loggedAtLeast(1);
-        lines.clear();
+        log.take();
+        mLines.clear();
         std::latch end(1);
         std::atomic<int> calls = 0;
         service->whenCalled([&](const std::string&) {
@@ -228,20 +217,18 @@ TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
         ASSERT_TRUE(eventually([&] { return calls == 1; }));
         service->failing = true;
         threads.emplace_back(mirxHalclient::mirx_init);
-        ASSERT_TRUE(loggedAtLeast(3));
+        ASSERT_TRUE(eventuallyLogged(failure));
         service->failing = false;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         for (int i = 0; i < 4; ++i) threads.emplace_back(mirxHalclient::mirx_init);
-        ASSERT_TRUE(loggedAtLeast(7));
+        ASSERT_TRUE(eventuallyLogged(kClientEntry, 6));
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         end.count_down();
         for (std::thread& thread : threads) thread.join();
         EXPECT_EQ(services().waits, 1);
         EXPECT_EQ(calls, 6);
-        loggedAtLeast(7);
-        seen = std::find(lines.begin(), lines.end(), second) != lines.end();
     }
-    EXPECT_TRUE(seen);
+    EXPECT_TRUE(hasLogged(second));
 }
 
 TEST_F(BindingTest, concurrentEventCallsAllSucceed) {
@@ -267,20 +254,16 @@ TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     callers.emplace_back([&done] {
         while (!done) dovInit();
     });
-    std::vector<LogLine> seen;
-    const auto logged = [&](const LogLine& wanted) {
-        for (const LogLine& line : log.take()) {
-            if (std::find(seen.begin(), seen.end(), line) == seen.end()) seen.push_back(line);
-        }
-        return std::find(seen.begin(), seen.end(), wanted) != seen.end();
-    };
-    EXPECT_TRUE(eventually(
-            [&] {
-                service->take();
-                return logged(dov(ANDROID_LOG_ERROR, "DovRelease g_dov_hal is null")) &&
-                       logged(dov(ANDROID_LOG_ERROR, "g_dov_hal is null"));
-            },
-            std::chrono::seconds(60)));
+    for (const char* const text : {"DovRelease g_dov_hal is null", "g_dov_hal is null"}) {
+        EXPECT_TRUE(eventually(
+                [&] {
+                    service->take();
+                    mLines.clear();
+                    return hasLogged(dov(ANDROID_LOG_ERROR, text));
+                },
+                std::chrono::seconds(60)))
+                << text;
+    }
     done = true;
     for (std::thread& caller : callers) caller.join();
 }
