@@ -20,16 +20,21 @@ using testing::Not;
 
 namespace {
 
-LogLine client(int priority, const std::string& text) {
-    return {priority, "MIRXFramework-lib-vendor", text};
+LogLine clientError(const std::string& text) {
+    return {ANDROID_LOG_ERROR, "MIRXFramework-lib-vendor", text};
 }
-LogLine dov(int priority, const std::string& text) {
-    return {priority, "[DOV_CLIENT]", text};
+LogLine dovError(const std::string& text) {
+    return {ANDROID_LOG_ERROR, "[DOV_CLIENT]", text};
 }
 
-const LogLine kClientEntry = client(ANDROID_LOG_INFO, "mirx client mirx_init");
-const LogLine kDovEntry = dov(ANDROID_LOG_ERROR, "dovInit enter");
-const LogLine kDovError = dov(ANDROID_LOG_ERROR, "dov_get_mirx_hal_and_link_to_death error:-1");
+const LogLine kClientEntry = {ANDROID_LOG_INFO, "MIRXFramework-lib-vendor",
+                              "mirx client mirx_init"};
+const LogLine kDovEntry = dovError("dovInit enter");
+const LogLine kClientFailure = clientError("mirx_init() failed: mirx HAL service not available");
+const LogLine kDovFailure = dovError("mirx_init() failed : mirx HAL service not available");
+const LogLine kDovNotBound = dovError("dov_get_mirx_hal_and_link_to_death error:-1");
+const LogLine kClientDeath = clientError("Mirx HAL Service died");
+const LogLine kDovDeath = dovError("Mirx HAL Service died");
 
 // An object of another interface, registered under the service's name.
 class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallback {
@@ -52,32 +57,22 @@ class BindingTest : public BinderTest {
         return eventually([&] { return hasLogged(line, count); });
     }
 
+    // Expects that neither binding binds, and that they log why.
+    void expectNotBound(const std::string& clientReason, const std::string& dovReason) {
+        mirxHalclient::mirx_init();
+        EXPECT_EQ(dovInit(), -1);
+        EXPECT_THAT(log.take(), ElementsAre(kClientEntry, clientError(clientReason), kDovEntry,
+                                            dovError(dovReason), kDovNotBound));
+    }
+
     std::vector<LogLine> mLines;
 };
-
-TEST_F(BindingTest, bothBindingsInitialiseTheService) {
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_THAT(log.take(), ElementsAre(kClientEntry, kDovEntry));
-    const auto calls = service->take();
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[0].operation, "init");
-    EXPECT_EQ(calls[1].operation, "init");
-}
 
 TEST_F(BindingTest, undeclaredServiceFailsEveryCallAtOnce) {
     undeclare();
     for (int call = 0; call < 2; ++call) {
-        mirxHalclient::mirx_init();
-        EXPECT_EQ(dovInit(), -1);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(kClientEntry,
-                                client(ANDROID_LOG_ERROR,
-                                       "Mirx is not declared, AServiceManager_isDeclared:0"),
-                                kDovEntry,
-                                dov(ANDROID_LOG_ERROR,
-                                    "Mirx is not declared, AServiceManager_isDeclared:0"),
-                                kDovError));
+        expectNotBound("Mirx is not declared, AServiceManager_isDeclared:0",
+                       "Mirx is not declared, AServiceManager_isDeclared:0");
     }
     EXPECT_THAT(service->take(), IsEmpty());
     EXPECT_EQ(services().waits, 0);
@@ -85,26 +80,13 @@ TEST_F(BindingTest, undeclaredServiceFailsEveryCallAtOnce) {
 
 TEST_F(BindingTest, objectOfAnotherInterfaceIsNotBound) {
     serveAsItIs(ndk::SharedRefBase::make<OtherInterface>()->asBinder());
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), -1);
-    EXPECT_THAT(log.take(),
-                ElementsAre(kClientEntry, client(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovError));
+    expectNotBound("Mirx HAL Service not found", "Mirx HAL Service not found");
 }
 
 TEST_F(BindingTest, failedLinkToDeathDropsTheProxy) {
     services().localObject = service->asBinder();
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), -1);
-    EXPECT_THAT(
-            log.take(),
-            ElementsAre(
-                    kClientEntry,
-                    client(ANDROID_LOG_ERROR, "Unable to link to g_mirx_hal death notifications!"),
-                    kDovEntry,
-                    dov(ANDROID_LOG_ERROR, "Unable to link to g_dov_hal death notifications!"),
-                    kDovError));
+    expectNotBound("Unable to link to g_mirx_hal death notifications!",
+                   "Unable to link to g_dov_hal death notifications!");
     EXPECT_THAT(service->take(), IsEmpty());
     services().localObject = nullptr;
     EXPECT_EQ(dovInit(), 0);
@@ -114,8 +96,7 @@ TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
     stopServing();
     EXPECT_EQ(dovInit(), -1);
     EXPECT_THAT(log.take(),
-                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovError));
+                ElementsAre(kDovEntry, dovError("Mirx HAL Service not found"), kDovNotBound));
 }
 
 TEST_F(BindingTest, failedCallDropsOnlyItsOwnProxy) {
@@ -124,12 +105,8 @@ TEST_F(BindingTest, failedCallDropsOnlyItsOwnProxy) {
         LogLine entry, failure;
         void (*other)();
     } cases[] = {
-            {initEvents, kDovEntry,
-             dov(ANDROID_LOG_ERROR, "mirx_init() failed : mirx HAL service not available"),
-             mirxHalclient::mirx_init},
-            {mirxHalclient::mirx_init, kClientEntry,
-             client(ANDROID_LOG_ERROR, "mirx_init() failed: mirx HAL service not available"),
-             initEvents},
+            {initEvents, kDovEntry, kDovFailure, mirxHalclient::mirx_init},
+            {mirxHalclient::mirx_init, kClientEntry, kClientFailure, initEvents},
     };
     for (const auto& [fails, entry, failure, other] : cases) {
         fails();
@@ -153,8 +130,8 @@ TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
     for (int death = 0; death < 3; ++death) {
         log.take();
         stopServing();
-        EXPECT_TRUE(eventuallyLogged(client(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
-        EXPECT_TRUE(eventuallyLogged(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_TRUE(eventuallyLogged(kClientDeath));
+        EXPECT_TRUE(eventuallyLogged(kDovDeath));
         EXPECT_EQ(mLines.size(), 2u);
         EXPECT_EQ(dovInit(), -1);
         serve();
@@ -193,14 +170,11 @@ TEST_F(BindingTest, waitingClientCallsBindOnce) {
     endService(1);
 }
 
-// A thread logs this line, with a 1, when another thread has bound before it. Callers depend on the
-// line. To cause it, one call blocks; a failed call then waits to drop the proxy, and further
-// threads queue behind that drop.
+// A thread logs this line, with a 1, when another thread has bound before it.
+// Callers depend on the line. To cause it, one call blocks; a failed call then
+// waits to drop the proxy, and further threads queue behind that drop.
 TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
-    const LogLine second =
-            client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
-    const LogLine failure =
-            client(ANDROID_LOG_ERROR, "mirx_init() failed: mirx HAL service not available");
+    const LogLine second = clientError("Mirx is not declared, AServiceManager_isDeclared:1");
     for (int attempt = 0; attempt < 1000 && !hasLogged(second); ++attempt) {
         service->whenCalled(nullptr);
         mirxHalclient::mirx_init();
@@ -217,7 +191,7 @@ TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
         ASSERT_TRUE(eventually([&] { return calls == 1; }));
         service->failing = true;
         threads.emplace_back(mirxHalclient::mirx_init);
-        ASSERT_TRUE(eventuallyLogged(failure));
+        ASSERT_TRUE(eventuallyLogged(kClientFailure));
         service->failing = false;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         for (int i = 0; i < 4; ++i) threads.emplace_back(mirxHalclient::mirx_init);
@@ -241,7 +215,8 @@ TEST_F(BindingTest, concurrentEventCallsAllSucceed) {
     EXPECT_EQ(dovInit(), -1);
 }
 
-// Another thread's failed call may drop the proxy after a thread has bound and before it calls.
+// Another thread's failed call may drop the proxy after a thread has bound and
+// before it calls.
 TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     service->failing = true;
     std::atomic<bool> done = false;
@@ -259,7 +234,7 @@ TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
                 [&] {
                     service->take();
                     mLines.clear();
-                    return hasLogged(dov(ANDROID_LOG_ERROR, text));
+                    return hasLogged(dovError(text));
                 },
                 std::chrono::seconds(60)))
                 << text;
@@ -268,8 +243,8 @@ TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     for (std::thread& caller : callers) caller.join();
 }
 
-// A process whose calls keep failing binds again and again, and must not leak. The other binding
-// keeps the proxy alive.
+// A process whose calls keep failing binds again and again, and must not leak.
+// The other binding keeps the proxy alive.
 TEST_F(BindingTest, repeatedBindingDoesNotLeak) {
     mirxHalclient::mirx_init();
     const auto rebind = [this](int times) {
@@ -294,6 +269,6 @@ TEST_F(BindingTest, repeatedBindingDoesNotLeak) {
     ASSERT_EQ(dovInit(), 0);
     log.take();
     endService(2);
-    EXPECT_THAT(log.take(), Not(Contains(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died"))))
+    EXPECT_THAT(log.take(), Not(Contains(kDovDeath)))
             << "the death recipient of an earlier binding is still linked";
 }

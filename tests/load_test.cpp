@@ -28,7 +28,7 @@ constexpr int kSocketKills = 1000;
 #endif
 constexpr int kEmulatedKills = 200;
 constexpr int kCallers = 8;
-constexpr long kNumbered = 30;
+constexpr long kNumbered = 35;
 constexpr auto kLongestCall = 60s;
 
 // Compares the answers that callers got with the service's journal. Each call sends a number of
