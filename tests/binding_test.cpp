@@ -20,16 +20,21 @@ using testing::Not;
 
 namespace {
 
-LogLine client(int priority, const std::string& text) {
-    return {priority, "MIRXFramework-lib-vendor", text};
+LogLine clientError(const std::string& text) {
+    return {ANDROID_LOG_ERROR, "MIRXFramework-lib-vendor", text};
 }
-LogLine dov(int priority, const std::string& text) {
-    return {priority, "[DOV_CLIENT]", text};
+LogLine dovError(const std::string& text) {
+    return {ANDROID_LOG_ERROR, "[DOV_CLIENT]", text};
 }
 
-const LogLine kClientEntry = client(ANDROID_LOG_INFO, "mirx client mirx_init");
-const LogLine kDovEntry = dov(ANDROID_LOG_ERROR, "dovInit enter");
-const LogLine kDovError = dov(ANDROID_LOG_ERROR, "dov_get_mirx_hal_and_link_to_death error:-1");
+const LogLine kClientEntry = {ANDROID_LOG_INFO, "MIRXFramework-lib-vendor",
+                              "mirx client mirx_init"};
+const LogLine kDovEntry = dovError("dovInit enter");
+const LogLine kClientFailure = clientError("mirx_init() failed: mirx HAL service not available");
+const LogLine kDovFailure = dovError("mirx_init() failed : mirx HAL service not available");
+const LogLine kDovNotBound = dovError("dov_get_mirx_hal_and_link_to_death error:-1");
+const LogLine kClientDeath = clientError("Mirx HAL Service died");
+const LogLine kDovDeath = dovError("Mirx HAL Service died");
 
 // An object of another interface, registered under the service's name.
 class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallback {
@@ -40,31 +45,34 @@ class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallbac
 
 }  // namespace
 
-class BindingTest : public BinderTest {};
+class BindingTest : public BinderTest {
+  protected:
+    static void initEvents() { dovInit(); }
 
-TEST_F(BindingTest, bothBindingsInitialiseTheService) {
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_THAT(log.take(), ElementsAre(kClientEntry, kDovEntry));
-    const auto calls = service->take();
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[0].operation, "init");
-    EXPECT_EQ(calls[1].operation, "init");
-}
+    bool hasLogged(const LogLine& line, long count = 1) {
+        for (LogLine& logged : log.take()) mLines.push_back(std::move(logged));
+        return std::count(mLines.begin(), mLines.end(), line) >= count;
+    }
+    bool eventuallyLogged(const LogLine& line, long count = 1) {
+        return eventually([&] { return hasLogged(line, count); });
+    }
+
+    // Expects that neither binding binds, and that they log why.
+    void expectNotBound(const std::string& clientReason, const std::string& dovReason) {
+        mirxHalclient::mirx_init();
+        EXPECT_EQ(dovInit(), -1);
+        EXPECT_THAT(log.take(), ElementsAre(kClientEntry, clientError(clientReason), kDovEntry,
+                                            dovError(dovReason), kDovNotBound));
+    }
+
+    std::vector<LogLine> mLines;
+};
 
 TEST_F(BindingTest, undeclaredServiceFailsEveryCallAtOnce) {
     undeclare();
     for (int call = 0; call < 2; ++call) {
-        mirxHalclient::mirx_init();
-        EXPECT_EQ(dovInit(), -1);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(kClientEntry,
-                                client(ANDROID_LOG_ERROR,
-                                       "Mirx is not declared, AServiceManager_isDeclared:0"),
-                                kDovEntry,
-                                dov(ANDROID_LOG_ERROR,
-                                    "Mirx is not declared, AServiceManager_isDeclared:0"),
-                                kDovError));
+        expectNotBound("Mirx is not declared, AServiceManager_isDeclared:0",
+                       "Mirx is not declared, AServiceManager_isDeclared:0");
     }
     EXPECT_THAT(service->take(), IsEmpty());
     EXPECT_EQ(services().waits, 0);
@@ -72,26 +80,13 @@ TEST_F(BindingTest, undeclaredServiceFailsEveryCallAtOnce) {
 
 TEST_F(BindingTest, objectOfAnotherInterfaceIsNotBound) {
     serveAsItIs(ndk::SharedRefBase::make<OtherInterface>()->asBinder());
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), -1);
-    EXPECT_THAT(log.take(),
-                ElementsAre(kClientEntry, client(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovError));
+    expectNotBound("Mirx HAL Service not found", "Mirx HAL Service not found");
 }
 
 TEST_F(BindingTest, failedLinkToDeathDropsTheProxy) {
     services().localObject = service->asBinder();
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(dovInit(), -1);
-    EXPECT_THAT(
-            log.take(),
-            ElementsAre(
-                    kClientEntry,
-                    client(ANDROID_LOG_ERROR, "Unable to link to g_mirx_hal death notifications!"),
-                    kDovEntry,
-                    dov(ANDROID_LOG_ERROR, "Unable to link to g_dov_hal death notifications!"),
-                    kDovError));
+    expectNotBound("Unable to link to g_mirx_hal death notifications!",
+                   "Unable to link to g_dov_hal death notifications!");
     EXPECT_THAT(service->take(), IsEmpty());
     services().localObject = nullptr;
     EXPECT_EQ(dovInit(), 0);
@@ -101,51 +96,32 @@ TEST_F(BindingTest, eventInterfaceDoesNotWaitForADeclaredService) {
     stopServing();
     EXPECT_EQ(dovInit(), -1);
     EXPECT_THAT(log.take(),
-                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR, "Mirx HAL Service not found"),
-                            kDovError));
-}
-
-TEST_F(BindingTest, lowLevelClientWaitsForADeclaredService) {
-    stopServing();
-    std::thread caller([] { mirxHalclient::mirx_init(); });
-    EXPECT_TRUE(eventually([] { return services().waits == 1; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_THAT(service->take(), IsEmpty());
-    serve();
-    caller.join();
-    EXPECT_EQ(service->take().size(), 1u);
-    EXPECT_THAT(log.take(), ElementsAre(kClientEntry));
+                ElementsAre(kDovEntry, dovError("Mirx HAL Service not found"), kDovNotBound));
 }
 
 TEST_F(BindingTest, failedCallDropsOnlyItsOwnProxy) {
-    mirxHalclient::mirx_init();
-    ASSERT_EQ(dovInit(), 0);
-    log.take();
-    const int bound = services().declarationChecks;
-
-    service->failing = true;
-    EXPECT_EQ(dovInit(), -2);
-    EXPECT_THAT(log.take(),
-                ElementsAre(kDovEntry, dov(ANDROID_LOG_ERROR,
-                                           "mirx_init() failed : mirx HAL service not available")));
-    service->failing = false;
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(services().declarationChecks, bound) << "the other binding was dropped too";
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_EQ(services().declarationChecks, bound + 1);
-
-    log.take();
-    service->failing = true;
-    mirxHalclient::mirx_init();
-    EXPECT_THAT(log.take(),
-                ElementsAre(kClientEntry,
-                            client(ANDROID_LOG_ERROR,
-                                   "mirx_init() failed: mirx HAL service not available")));
-    service->failing = false;
-    EXPECT_EQ(dovInit(), 0);
-    EXPECT_EQ(services().declarationChecks, bound + 1) << "the other binding was dropped too";
-    mirxHalclient::mirx_init();
-    EXPECT_EQ(services().declarationChecks, bound + 2);
+    const struct {
+        void (*fails)();
+        LogLine entry, failure;
+        void (*other)();
+    } cases[] = {
+            {initEvents, kDovEntry, kDovFailure, mirxHalclient::mirx_init},
+            {mirxHalclient::mirx_init, kClientEntry, kClientFailure, initEvents},
+    };
+    for (const auto& [fails, entry, failure, other] : cases) {
+        fails();
+        other();
+        const int bound = services().declarationChecks;
+        log.take();
+        service->failing = true;
+        fails();
+        EXPECT_THAT(log.take(), ElementsAre(entry, failure));
+        service->failing = false;
+        other();
+        EXPECT_EQ(services().declarationChecks, bound) << "the other binding was dropped too";
+        fails();
+        EXPECT_EQ(services().declarationChecks, bound + 1);
+    }
 }
 
 TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
@@ -154,20 +130,16 @@ TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
     for (int death = 0; death < 3; ++death) {
         log.take();
         stopServing();
-        std::vector<LogLine> lines;
-        EXPECT_TRUE(eventually([&] {
-            for (const LogLine& line : log.take()) lines.push_back(line);
-            return lines.size() >= 2;
-        }));
-        EXPECT_THAT(lines, testing::UnorderedElementsAre(
-                                   client(ANDROID_LOG_ERROR, "Mirx HAL Service died"),
-                                   dov(ANDROID_LOG_ERROR, "Mirx HAL Service died")));
+        EXPECT_TRUE(eventuallyLogged(kClientDeath));
+        EXPECT_TRUE(eventuallyLogged(kDovDeath));
+        EXPECT_EQ(mLines.size(), 2u);
         EXPECT_EQ(dovInit(), -1);
         serve();
         service->take();
         EXPECT_EQ(dovInit(), 0);
         mirxHalclient::mirx_init();
         EXPECT_EQ(service->take().size(), 2u);
+        mLines.clear();
     }
 }
 
@@ -185,12 +157,12 @@ TEST_F(BindingTest, droppedProxyCanBeBoundByAnotherThread) {
             << "no binding was notified of the death";
 }
 
-TEST_F(BindingTest, concurrentClientCallsBindOnce) {
+TEST_F(BindingTest, waitingClientCallsBindOnce) {
     stopServing();
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) callers.emplace_back([] { mirxHalclient::mirx_init(); });
+    EXPECT_TRUE(eventuallyLogged(kClientEntry, 4));
     EXPECT_TRUE(eventually([] { return services().waits == 1; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     serve();
     for (std::thread& caller : callers) caller.join();
     EXPECT_EQ(services().waits, 1);
@@ -198,26 +170,17 @@ TEST_F(BindingTest, concurrentClientCallsBindOnce) {
     endService(1);
 }
 
-// A thread logs this line, with a 1, when another thread has bound before it. Callers depend on the
-// line. To cause it, one call blocks; a failed call then waits to drop the proxy, and further
-// threads queue behind that drop.
+// A thread logs this line, with a 1, when another thread has bound before it.
+// Callers depend on the line. To cause it, one call blocks; a failed call then
+// waits to drop the proxy, and further threads queue behind that drop.
 TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
-    const LogLine second =
-            client(ANDROID_LOG_ERROR, "Mirx is not declared, AServiceManager_isDeclared:1");
-    bool seen = false;
-    for (int attempt = 0; attempt < 1000 && !seen; ++attempt) {
+    const LogLine second = clientError("Mirx is not declared, AServiceManager_isDeclared:1");
+    for (int attempt = 0; attempt < 1000 && !hasLogged(second); ++attempt) {
         service->whenCalled(nullptr);
         mirxHalclient::mirx_init();
         services().waits = 0;
-        std::vector<LogLine> lines;
-        const auto loggedAtLeast = [&](size_t count) {
-            return eventually([&] {
-                for (LogLine& line : log.take()) lines.push_back(std::move(line));
-                return lines.size() >= count;
-            });
-        };
-        loggedAtLeast(1);
-        lines.clear();
+        log.take();
+        mLines.clear();
         std::latch end(1);
         std::atomic<int> calls = 0;
         service->whenCalled([&](const std::string&) {
@@ -228,20 +191,18 @@ TEST_F(BindingTest, secondThreadLogsAndUsesTheBoundProxy) {
         ASSERT_TRUE(eventually([&] { return calls == 1; }));
         service->failing = true;
         threads.emplace_back(mirxHalclient::mirx_init);
-        ASSERT_TRUE(loggedAtLeast(3));
+        ASSERT_TRUE(eventuallyLogged(kClientFailure));
         service->failing = false;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         for (int i = 0; i < 4; ++i) threads.emplace_back(mirxHalclient::mirx_init);
-        ASSERT_TRUE(loggedAtLeast(7));
+        ASSERT_TRUE(eventuallyLogged(kClientEntry, 6));
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         end.count_down();
         for (std::thread& thread : threads) thread.join();
         EXPECT_EQ(services().waits, 1);
         EXPECT_EQ(calls, 6);
-        loggedAtLeast(7);
-        seen = std::find(lines.begin(), lines.end(), second) != lines.end();
     }
-    EXPECT_TRUE(seen);
+    EXPECT_TRUE(hasLogged(second));
 }
 
 TEST_F(BindingTest, concurrentEventCallsAllSucceed) {
@@ -254,7 +215,8 @@ TEST_F(BindingTest, concurrentEventCallsAllSucceed) {
     EXPECT_EQ(dovInit(), -1);
 }
 
-// Another thread's failed call may drop the proxy after a thread has bound and before it calls.
+// Another thread's failed call may drop the proxy after a thread has bound and
+// before it calls.
 TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     service->failing = true;
     std::atomic<bool> done = false;
@@ -267,26 +229,22 @@ TEST_F(BindingTest, proxyDroppedBeforeTheCallIsLogged) {
     callers.emplace_back([&done] {
         while (!done) dovInit();
     });
-    std::vector<LogLine> seen;
-    const auto logged = [&](const LogLine& wanted) {
-        for (const LogLine& line : log.take()) {
-            if (std::find(seen.begin(), seen.end(), line) == seen.end()) seen.push_back(line);
-        }
-        return std::find(seen.begin(), seen.end(), wanted) != seen.end();
-    };
-    EXPECT_TRUE(eventually(
-            [&] {
-                service->take();
-                return logged(dov(ANDROID_LOG_ERROR, "DovRelease g_dov_hal is null")) &&
-                       logged(dov(ANDROID_LOG_ERROR, "g_dov_hal is null"));
-            },
-            std::chrono::seconds(60)));
+    for (const char* const text : {"DovRelease g_dov_hal is null", "g_dov_hal is null"}) {
+        EXPECT_TRUE(eventually(
+                [&] {
+                    service->take();
+                    mLines.clear();
+                    return hasLogged(dovError(text));
+                },
+                std::chrono::seconds(60)))
+                << text;
+    }
     done = true;
     for (std::thread& caller : callers) caller.join();
 }
 
-// A process whose calls keep failing binds again and again, and must not leak. The other binding
-// keeps the proxy alive.
+// A process whose calls keep failing binds again and again, and must not leak.
+// The other binding keeps the proxy alive.
 TEST_F(BindingTest, repeatedBindingDoesNotLeak) {
     mirxHalclient::mirx_init();
     const auto rebind = [this](int times) {
@@ -311,6 +269,6 @@ TEST_F(BindingTest, repeatedBindingDoesNotLeak) {
     ASSERT_EQ(dovInit(), 0);
     log.take();
     endService(2);
-    EXPECT_THAT(log.take(), Not(Contains(dov(ANDROID_LOG_ERROR, "Mirx HAL Service died"))))
+    EXPECT_THAT(log.take(), Not(Contains(kDovDeath)))
             << "the death recipient of an earlier binding is still linked";
 }

@@ -1,6 +1,7 @@
 // Exits or unloads the library while all of it is in use: exit_program MODE
 //
-// Prints "ready" at the start and in the state that MODE names. Continues on SIGUSR1.
+// Prints "ready" at the start and in the state that MODE names, "waiting" when it waits for the
+// service and "died" when a binding is notified of its death. Continues on SIGUSR1.
 #include <dlfcn.h>
 #include <signal.h>
 
@@ -9,6 +10,7 @@
 #include <list>
 #include <thread>
 
+#include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <android/log.h>
 #include <dov/dov.h>
@@ -16,37 +18,44 @@
 
 namespace {
 
+using Resources = std::list<DovClient::Resource>;
+using Callback = const std::shared_ptr<IClientCallback>&;
+
 struct Listener : IClientCallback {
-    void onCallback(std::list<DovClient::Resource>) override {}
+    void onCallback(Resources) override {}
+};
+
+// A function of a loaded library, whatever its type.
+struct Symbol {
+    void* address;
+
+    template <typename Function>
+    operator Function*() const {  // NOLINT(google-explicit-constructor)
+        return reinterpret_cast<Function*>(address);
+    }
 };
 
 // The library, loaded with dlopen so that it can be unloaded, and its functions.
 struct Library {
     void* handle = dlopen(DOV_LIBRARY, RTLD_NOW);
 
-    template <typename Function>
-    Function* function(const char* name) const {
-        return reinterpret_cast<Function*>(dlsym(handle, name));
-    }
+    Symbol symbol(const char* name) const { return {dlsym(handle, name)}; }
 
-    decltype(dovInit)* init = function<decltype(dovInit)>("dovInit");
-    decltype(DovEventAcquire)* acquire = function<decltype(DovEventAcquire)>("DovEventAcquire");
-    void (*clientInit)() = function<void()>("_ZN13mirxHalclient9mirx_initEv");
-    int (*listen)(
-            std::list<DovClient::Resource>&, int,
-            const std::shared_ptr<
-                    IClientCallback>&) = function<int(std::list<DovClient::Resource>&, int,
-                                                      const std::shared_ptr<IClientCallback>&)>(
+    decltype(dovInit)* init = symbol("dovInit");
+    decltype(DovEventAcquire)* acquire = symbol("DovEventAcquire");
+    void (*clientInit)() = symbol("_ZN13mirxHalclient9mirx_initEv");
+    int (*listen)(Resources&, int, Callback) = symbol(
             "_ZN13mirxHalclient24mirxResListeningRegisterERNSt3__14listIN9DovClient8Resource"
             "ENS0_9allocatorIS3_EEEEiRKNS0_10shared_ptrI15IClientCallbackEE");
-    int (*request)(
-            int, int, int, int, int, int,
-            const std::shared_ptr<
-                    IClientCallback>&) = function<int(int, int, int, int, int, int,
-                                                      const std::shared_ptr<IClientCallback>&)>(
+    int (*request)(int, int, int, int, int, int, Callback) = symbol(
             "_ZN13mirxHalclient16mirxSACtlRequestEiiiiiiRKNSt3__110shared_ptrI15IClientCallba"
             "ckEE");
 };
+
+void print(const char* line) {
+    std::puts(line);
+    std::fflush(stdout);
+}
 
 void call(const Library& library) {
     for (int n = 1;; ++n) {
@@ -57,8 +66,20 @@ void call(const Library& library) {
 
 }  // namespace
 
+// Overrides the platform's function. The library calls it with its lock held.
+#pragma GCC visibility push(default)
+extern "C" AIBinder* AServiceManager_waitForService(const char* instance) {
+#pragma GCC visibility pop
+    decltype(AServiceManager_waitForService)* const real =
+            Symbol{dlsym(RTLD_NEXT, "AServiceManager_waitForService")};
+    print("waiting");
+    return real(instance);
+}
+
 int main(int argc, char** argv) {
-    __android_log_set_logger([](const __android_log_message*) {});
+    __android_log_set_logger([](const __android_log_message* line) {
+        if (std::strcmp(line->message, "Mirx HAL Service died") == 0) print("died");
+    });
     const char* const mode = argc > 1 ? argv[1] : "";
     const auto is = [mode](const char* name) { return std::strcmp(mode, name) == 0; };
     sigset_t go;
@@ -67,8 +88,7 @@ int main(int argc, char** argv) {
     pthread_sigmask(SIG_BLOCK, &go, nullptr);
     ABinderProcess_startThreadPool();  // after blocking the signal, or its threads would receive it
     const auto waitForGo = [&go] {
-        std::puts("ready");
-        std::fflush(stdout);
+        print("ready");
         int signal = 0;
         sigwait(&go, &signal);
     };
@@ -79,7 +99,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     // Uses both bindings, a listener, and a callback that the service does not call yet.
-    std::list<DovClient::Resource> resources = {{7, {}}};
+    Resources resources = {{7, {}}};
     if (library.init() != 0 || library.listen(resources, 1, std::make_shared<Listener>()) == -1 ||
         library.request(-1, 0, 2, 0, 0, 1, std::make_shared<Listener>()) == -1) {
         return 1;

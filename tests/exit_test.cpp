@@ -1,4 +1,6 @@
 // Tests of processes that exit or unload the library while they use it.
+#include <atomic>
+#include <latch>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -42,15 +44,15 @@ class ExitTest : public BinderTest {
 TEST_F(ExitTest, processExitsDuringCallbacksAndServiceDeath) {
     for (int round = 0; round < 10; ++round) {
         start("listening", 0);
+        std::atomic<int> answered = 0;
         std::vector<std::thread> callers;
         for (const auto& callback : callbacks()) {
-            callers.emplace_back([callback] {
-                while (callback->onCallback({element(1, "1")}).isOk()) {
-                }
+            callers.emplace_back([callback, &answered] {
+                while (callback->onCallback({element(1, "1")}).isOk()) ++answered;
             });
         }
         ASSERT_EQ(callers.size(), 2u);
-        std::this_thread::sleep_for(std::chrono::milliseconds(round));
+        EXPECT_TRUE(eventually([&] { return answered > 10 * round; }));
         if (round % 2 == 1) stopServing();
         EXPECT_EQ(end(), 0);
         for (std::thread& caller : callers) caller.join();
@@ -59,11 +61,24 @@ TEST_F(ExitTest, processExitsDuringCallbacksAndServiceDeath) {
 }
 
 TEST_F(ExitTest, processExitsDuringCalls) {
+    struct Calls {
+        std::atomic<int> received = 0;
+        std::latch letGo{1};
+    };
     for (int round = 0; round < 5; ++round) {
-        start("calling", 1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(round));
+        const bool held = round == 0;  // in the service, beyond the program's exit
+        const auto calls = std::make_shared<Calls>();
+        start("calling", 1, [&] {
+            service->whenCalled([calls, held](const std::string&) {
+                ++calls->received;
+                if (held) calls->letGo.wait();
+            });
+        });
+        EXPECT_TRUE(eventually([&] { return calls->received > (held ? 0 : 10 * round); }));
         if (round % 2 == 1) stopServing();
         EXPECT_EQ(end(), 0);
+        service->whenCalled(nullptr);
+        calls->letGo.count_down();
         if (round % 2 == 1) serve();
     }
 }
@@ -72,17 +87,18 @@ TEST_F(ExitTest, processExitsDuringCalls) {
 // that lock.
 TEST_F(ExitTest, processExitsWhileWaitingForTheService) {
     start("waiting", 1, [] { stopServing(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    child->readUntil("waiting");
     EXPECT_EQ(end(), 0);
 }
 
 // Binder threads still execute the library's code, so it must stay mapped.
 TEST_F(ExitTest, libraryStaysLoadedAfterDlclose) {
     start("unloading", 1);
-    const auto all = callbacks();
+    auto all = callbacks();
     ASSERT_EQ(all.size(), 2u);
     for (const auto& callback : all) EXPECT_TRUE(callback->onCallback({element(1, "1")}).isOk());
+    all.clear();
     stopServing();
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    for (int binding = 0; binding < 2; ++binding) child->readUntil("died");
     EXPECT_EQ(end(), 0);
 }

@@ -29,6 +29,7 @@ TEST_F(HoldTest, releasesOnce) {
         EXPECT_TRUE(hold.holds());
         dov::Hold moved(std::move(hold));
         EXPECT_EQ(moved.handle(), 7);
+        EXPECT_FALSE(hold);
         hold = std::move(moved);
         EXPECT_EQ(releases(), 0u);
     }

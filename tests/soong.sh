@@ -11,7 +11,7 @@ complain() { printf '%s\n' "$*" >&2; failed=1; }
 
 # Built on Linux only: the service manager over sockets, tests that need it, benchmarks and fuzz targets.
 linux_folders='^(host|bench|fuzz)/'
-linux_targets='/(binder_tests|test_support|test-relay|vendor_process|public_types|exit_program|plain_service|soak|fuzzed|platform_samples)\.dir/'
+linux_targets='/(binder_tests|test_support|test-relay|vendor_process|public_types|exit_program|plain_service|fuzzed|platform_samples)\.dir/'
 # Modules of the platform that our modules may use.
 platform=(VtsHalTargetTestDefaults libbase libbase_headers libbinder libbinder_ndk libcutils libgmock libjsoncpp liblog libtinyxml2 libutils vendor.tavro.hardware.mirx-V1-ndk)
 

@@ -17,7 +17,6 @@ fuzz() {  # fuzz [SECONDS] [TARGET...]
         say "fuzzing $target for $seconds seconds"
         options=(-max_total_time="$seconds" -max_len=2000 -entropic=0 -verbosity=0 -print_final_stats=1
             -artifact_prefix="build/findings/$target-")
-        if [ -f "fuzz/$target.dict" ]; then options+=(-dict="fuzz/$target.dict"); fi
         "$folder/${target}_fuzz" "${options[@]}" "$folder/found/$target" "fuzz/corpus/$target" || status=1
     done
     [ $status -eq 0 ] || die "fuzz: something broke; the inputs are in build/findings"

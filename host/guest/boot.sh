@@ -41,7 +41,7 @@ case $task in
     tests | vendor)
         filter=${5:-*}
         if [ "$task" = vendor ]; then
-            filter=${5:-BindingTest.*:DeathTest.*:AcquireTest.*:RestartTest.*}
+            filter=${5:-BindingTest.*:DeathTest.*:AcquireTest.*:LoadTest.*}
             preload=$build/tests/platform/libvendor_process.so
             stripped "$preload"
         fi
