@@ -264,8 +264,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
     const std::vector<std::pair<std::string, std::string>> kPlaces = {
             {"<folder>", folder()},
             {"<sources>", sourceFile("")},
-            // Enough for a call that is answered.
-            {"<patience>", overDriver() || getenv("DOV_EMULATOR") != nullptr ? "29999" : "2999"},
+            {"<patience>", patience()},
     };
     std::map<std::string, std::string> mHandles;
     std::map<std::string, std::unique_ptr<ChildProcess>> mPrograms;

@@ -1,7 +1,10 @@
-// Presses Ctrl-C for commands that run within a test.
+// Presses Ctrl-C for commands that run within a test, and says how long they may take.
 #pragma once
 
+#include <stdlib.h>
+
 #include "dovctl/waiter.h"
+#include "tests/support/transport.h"
 
 // Asks each command to end as soon as it waits.
 class TestWaiter : public dovctl::Waiter {
@@ -10,3 +13,8 @@ class TestWaiter : public dovctl::Waiter {
     bool wait(std::chrono::milliseconds) override { return true; }
     void wake() override {}
 };
+
+// Milliseconds within which a service answers a call, also if the machine is emulated.
+inline const char* patience() {
+    return overDriver() || getenv("DOV_EMULATOR") != nullptr ? "29999" : "2999";
+}
