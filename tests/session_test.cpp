@@ -37,7 +37,10 @@ const std::pair<std::regex, const char*> kMasks[] = {
         {std::regex(", or the message was too large for the driver, which .*"), ""},
         {std::regex(R"(^\d\d-\d\d [0-9:. ]* )"), ""},
         {std::regex(R"(pid +(\d{2,}|unknown) +)"), "pid <pid>  "},
-        {std::regex(R"("pid":(\d+|null))"), "\"pid\":<pid>"},
+        {std::regex(R"re("pid":("\d+"|"unknown"|\d+|null))re"), "\"pid\":<pid>"},
+        {std::regex(R"re("boot":"[^"]*")re"), "\"boot\":<boot>"},
+        {std::regex(R"re("(dur|ts)":\d+)re"), "\"$1\":<us>"},
+        {std::regex(R"(by pid \d+)"), "by pid <pid>"},
         {std::regex(R"("(held|left)_ms":\d+)"), "\"$1_ms\":<ms>"},
         {std::regex(R"(\d+\.\d s)"), "<s>"},
         {std::regex(R"((-|\d+) +<s> +(-|<s>) +)"), "<pid>  <s>  $2  "},
@@ -92,6 +95,7 @@ std::string exitCode(int code) {
 //   wait NAME                 all further lines of the program, until it ends
 //   end NAME                  kills it
 //   kill -SIGNAL NAME
+//   cat FILE                  the content of the file
 //   declare, undeclare        the service
 //   serve                     the test itself becomes the service
 //
@@ -104,6 +108,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
         if (overDriver() && GetParam().starts_with("sockets_")) GTEST_SKIP() << "about sockets";
         stopServing();
     }
+
     struct Step {
         std::string command;
         Lines output;
@@ -140,6 +145,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
             return started->lines(count);
         }
         if (what == "wait") return end(words.at(0));
+        if (what == "cat") return linesOf(std::ifstream(words.at(0)));
         if (what == "end") {
             mPrograms.at(words.at(0))->signal(SIGKILL);
             end(words[0]);
@@ -166,7 +172,10 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
     // The lines as sessions write them.
     std::string textOf(const std::string& command, Lines lines) {
         std::string text = "$ " + command + "\n";
-        while (!lines.empty() && lines.back().empty()) lines.pop_back();
+        const auto isBlank = [](const std::string& line) {
+            return line.find_first_not_of(' ') == std::string::npos;
+        };
+        while (!lines.empty() && isBlank(lines.back())) lines.pop_back();
         for (const std::string& line : lines) text += named(folded(line)) + "\n";
         return text;
     }
@@ -210,8 +219,9 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
             mDied = {};
             mLife.emplace([this] { mDied.set_value(); });
         }
-        Lines lines = split(out.str());
-        for (const std::string& line : split(err.str())) lines.push_back("! " + line);
+        Lines lines = linesOf(std::istringstream(out.str()));
+        for (const std::string& line : linesOf(std::istringstream(err.str())))
+            lines.push_back("! " + line);
         if (code != 0) lines.push_back(exitCode(code));
         return lines;
     }
@@ -221,8 +231,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
         return {.sockets = true, .place = folder(), .problem = {}};
     }
 
-    static Lines split(const std::string& text) {
-        std::istringstream in(text);
+    static Lines linesOf(std::istream&& in) {
         Lines lines;
         for (std::string line; std::getline(in, line);) lines.push_back(line);
         return lines;
