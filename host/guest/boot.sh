@@ -14,6 +14,7 @@ kernel=$3
 task=$4
 sysroot=${DOV_ARM_SYSROOT:-}
 simulator=$(readlink -f "$here/../../simulator")
+sessions=$(readlink -f "$here/../../tests/sessions")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -28,13 +29,14 @@ stripped() {
     done
 }
 
-mkdir -p "$root"/{bin,dev,etc,lib,proc,sys,tmp} "$root"/vendor/etc/vintf/manifest "$root$simulator"
+mkdir -p "$root"/{bin,dev,etc,lib,proc,sys,tmp} "$root"/vendor/etc/vintf/manifest "$root"{"$simulator","$sessions"}
 mkdir -p "$root/usr/lib/locale"
 cp -r /usr/lib/locale/C.utf8 "$root/usr/lib/locale/"  # dovctl reads text as UTF-8
 cp "$here/init" "$root/init"
 cp "$kernel/busybox" "$root/bin/"
 cp "$kernel/binder_linux.ko" "$root/lib/"
 cp "$simulator"/*.xml "$root$simulator/"
+cp "$sessions"/* "$root$sessions/"
 cp "$simulator/vendor.tavro.hardware.mirx-service.xml" "$root/vendor/etc/vintf/manifest/mirx.xml"
 programs=("$build"/{simulator/mirx-simulator,dovctl/dovctl} "$build"/host/servicemanager/{servicemanager,dumpsys,service})
 case $task in

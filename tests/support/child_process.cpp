@@ -8,13 +8,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <climits>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
 namespace {
+
+constexpr std::chrono::minutes kLongestWait(1);
 
 // The command line of `program`. Under an emulator it starts with the emulator, because the kernel
 // cannot start a program of another architecture by itself.
@@ -29,9 +33,12 @@ std::vector<std::string> commandLine(const std::string& program) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments) {
+ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
+                           Errors errors) {
     std::array<int, 2> pipes = {};
     if (pipe2(pipes.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    // A test may read the output late; until then it must not block the program.
+    fcntl(pipes[0], F_SETPIPE_SZ, 1 << 20);
     std::vector<std::string> words = commandLine(program);
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
@@ -41,6 +48,9 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, pipes[1], STDOUT_FILENO);
+    if (errors == Errors::kRead) {
+        posix_spawn_file_actions_adddup2(&actions, pipes[1], STDERR_FILENO);
+    }
     const int error = posix_spawnp(&mPid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(pipes[1]);
@@ -56,47 +66,61 @@ ChildProcess::~ChildProcess() {
     close(mOutput);
 }
 
-std::string ChildProcess::readUntil(const std::string& prefix) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (true) {
-        for (size_t lineEnd = mUnread.find('\n'); lineEnd != std::string::npos;
-             lineEnd = mUnread.find('\n')) {
-            std::string line = mUnread.substr(0, lineEnd);
-            mUnread.erase(0, lineEnd + 1);
-            if (line.starts_with(prefix)) return line;
-        }
+std::optional<std::string> ChildProcess::line(Time end) {
+    size_t length = 0;
+    while ((length = mUnread.find('\n')) == std::string::npos) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
                 end - std::chrono::steady_clock::now());
         pollfd event = {.fd = mOutput, .events = POLLIN};
         std::array<char, 4096> buffer;
-        if (left.count() <= 0 || poll(&event, 1, static_cast<int>(left.count())) <= 0) {
-            throw std::runtime_error("timed out waiting for a line with '" + prefix + "'");
-        }
-        const ssize_t length = read(mOutput, buffer.data(), buffer.size());
-        if (length <= 0)
-            throw std::runtime_error("the output ended before a line with '" + prefix + "'");
-        mUnread.append(buffer.data(), static_cast<size_t>(length));
+        const auto patience = std::clamp<int64_t>(left.count(), 0, INT_MAX);
+        if (poll(&event, 1, static_cast<int>(patience)) <= 0) return {};
+        const ssize_t bytes = read(mOutput, buffer.data(), buffer.size());
+        if (bytes <= 0) return {};
+        mUnread.append(buffer.data(), static_cast<size_t>(bytes));
     }
+    std::string line = mUnread.substr(0, length);
+    mUnread.erase(0, length + 1);
+    return line;
 }
 
-void ChildProcess::signal(int number) const {
-    kill(mPid, number);
+std::string ChildProcess::readUntil(const std::string& prefix) {
+    const Time end = std::chrono::steady_clock::now() + kLongestWait;
+    while (const auto next = line(end)) {
+        if (next->starts_with(prefix)) return *next;
+    }
+    throw std::runtime_error("the output ended, or a minute has passed, before a line with '" +
+                             prefix + "'");
+}
+
+std::vector<std::string> ChildProcess::lines(size_t count) {
+    const Time end = std::chrono::steady_clock::now() + kLongestWait;
+    std::vector<std::string> lines;
+    for (auto next = line(end); next; next = line(end)) {
+        lines.push_back(*next);
+        if (lines.size() == count) break;
+    }
+    return lines;
+}
+
+std::vector<std::string> ChildProcess::unread() {
+    std::vector<std::string> lines;
+    while (const auto next = line(Time())) lines.push_back(*next);
+    return lines;
 }
 
 int ChildProcess::wait(std::chrono::seconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    siginfo_t ended = {};
-    while (ended.si_pid == 0 && std::chrono::steady_clock::now() < end) {
-        waitid(P_PID, static_cast<id_t>(mPid), &ended, WEXITED | WNOHANG | WNOWAIT);
+    const Time end = std::chrono::steady_clock::now() + time;
+    int status = 0;
+    pid_t ended = 0;
+    while ((ended = waitpid(mPid, &status, WNOHANG)) == 0 &&
+           std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    if (ended.si_pid == 0) signal(SIGABRT);
-    return wait();
-}
-
-int ChildProcess::wait() {
-    int status = 0;
-    waitpid(mPid, &status, 0);
+    if (ended == 0) {
+        signal(SIGABRT);
+        waitpid(mPid, &status, 0);
+    }
     mPid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }

@@ -1,23 +1,20 @@
-// Simulates Ctrl-C for commands that run within a test.
+// Presses Ctrl-C for commands that run within a test, and says how long they may take.
 #pragma once
 
-#include <functional>
-#include <utility>
+#include <stdlib.h>
 
 #include "dovctl/waiter.h"
+#include "tests/support/transport.h"
 
-// Calls `atWait` when a command waits, and then asks the command to end.
+// Asks each command to end as soon as it waits.
 class TestWaiter : public dovctl::Waiter {
   public:
-    explicit TestWaiter(std::function<void()> atWait = [] {}) : mAtWait(std::move(atWait)) {}
-
     void expectInterrupt() override {}
-    bool wait(std::chrono::milliseconds) override {
-        mAtWait();
-        return true;
-    }
+    bool wait(std::chrono::milliseconds) override { return true; }
     void wake() override {}
-
-  private:
-    std::function<void()> mAtWait;
 };
+
+// Milliseconds within which a service answers a call, also if the machine is emulated.
+inline const char* patience() {
+    return overDriver() || getenv("DOV_EMULATOR") != nullptr ? "29999" : "2999";
+}
