@@ -201,7 +201,7 @@ Finding examineInit(Patient& patient) {
 }
 
 // Acquires a request without resources, calls `meanwhile` and releases the request. Its duration
-// ends it after a second if the release is lost.
+// ends it after a minute if the release is lost.
 template <typename Meanwhile>
 Finding hold(const Patient& patient,
              const std::shared_ptr<aidl::vendor::tavro::hardware::mirx::IMirxCallback>& callback,
@@ -216,7 +216,7 @@ Finding hold(const Patient& patient,
         parcel.handle = -1;
         parcel.arg4 = -1;
         parcel.pid = getpid();
-        parcel.duration = 1000;
+        parcel.duration = 60'000;
         parcel.identity = "dovctl doctor";
         parcel.callback = callback;
         Answer answer;

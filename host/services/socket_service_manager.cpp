@@ -153,7 +153,7 @@ sp<IBinder> SocketServiceManager::checkService(const String16& name) const {
     const auto registration = readRegistration(registrationPath(mFolder, instance));
     if (!registration || !registration->live) return nullptr;
 
-    std::lock_guard lock(mMutex);
+    std::lock_guard lock(mConnecting);
     if (const auto known = mConnected.find(instance); known != mConnected.end()) {
         const Connected& connected = known->second;
         const sp<IBinder> binder = connected.binder.promote();

@@ -97,8 +97,10 @@ class SocketServiceManager : public android::IServiceManager {
     const std::string mFolder;
     mutable std::mutex mMutex;
     std::map<std::string, Served> mServed GUARDED_BY(mMutex);
-    mutable std::map<std::string, Connected> mConnected GUARDED_BY(mMutex);
     int mSockets GUARDED_BY(mMutex) = 0;
+    // Held while a look-up connects, which a stopped service blocks.
+    mutable std::mutex mConnecting;
+    mutable std::map<std::string, Connected> mConnected GUARDED_BY(mConnecting);
 };
 
 }  // namespace hostbinder
