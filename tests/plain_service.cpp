@@ -1,12 +1,12 @@
-// A service that does not depend on the transport.
+// A service that does not depend on the transport and answers nothing: plain_service [DESCRIPTOR]
 #include <cstdio>
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 
-int main() {
+int main(int argc, char** argv) {
     AIBinder_Class* const plain = AIBinder_Class_define(
-            "IPlain", [](void* args) { return args; }, [](void*) {},
+            argc > 1 ? argv[1] : "IPlain", [](void* args) { return args; }, [](void*) {},
             [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
                 return STATUS_OK;
             });
