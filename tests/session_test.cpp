@@ -80,8 +80,15 @@ bool isOrdered(const std::string& line) {
     return !line.starts_with("callback ") && !line.ends_with(": time ran out");
 }
 
-std::string exitCode(int code) {
-    return "[" + std::to_string(code) + "]";
+// An exit code other than 0 is written before the last line.
+void addExitCode(int code, Lines& lines) {
+    if (code == 0) return;
+    const std::string mark = "[" + std::to_string(code) + "]";
+    if (lines.empty()) {
+        lines.push_back(mark);
+    } else {
+        lines.back() = mark + " " + lines.back();
+    }
 }
 
 }  // namespace
@@ -99,7 +106,7 @@ std::string exitCode(int code) {
 //   declare, undeclare        the service
 //   serve                     the test itself becomes the service
 //
-// An exit code other than 0 is the last line, as "[3]". <1>, <2> ... are handles, which the service
+// An exit code other than 0 is at the beginning of the last line, as "[3] ". <1>, <2> ... are handles, which the service
 // draws; the others are in kMasks and in textOf(). Lines that begin with "#" are comments. The
 // sessions in files named "sockets_..." show what is different over the driver.
 class SessionTest : public BinderTest, public testing::WithParamInterface<std::string> {
@@ -199,7 +206,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
         ChildProcess& program = *mPrograms.at(name);
         const pid_t pid = program.pid();
         Lines lines = next(program, kAll);
-        if (const int code = program.wait(); code != 0) lines.push_back(exitCode(code));
+        addExitCode(program.wait(), lines);
         // The next command must not meet a service that is dead and not yet known to be.
         EXPECT_TRUE(eventually([pid] { return dovctl::serviceProcess(kPatience).pid != pid; }));
         if (mLife && !mLife->lasts()) {
@@ -222,7 +229,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
         Lines lines = linesOf(std::istringstream(out.str()));
         for (const std::string& line : linesOf(std::istringstream(err.str())))
             lines.push_back("! " + line);
-        if (code != 0) lines.push_back(exitCode(code));
+        addExitCode(code, lines);
         return lines;
     }
 
