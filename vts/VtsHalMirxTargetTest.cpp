@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -381,9 +382,9 @@ TEST_P(MirxTest, diagnosticsAreAccepted) {
 TEST_P(MirxTest, manyClientsAreServedAtOnce) {
     const Sentence sentence("A service answers many clients at once.");
     std::atomic<int> wrong = 0;
-    std::vector<std::thread> clients;
-    for (int i = 0; i < 8; ++i) {
-        clients.emplace_back([&] {
+    std::array<std::thread, 8> clients;
+    for (std::thread& client : clients) {
+        client = std::thread([&] {
             for (int n = 0; n < 50; ++n) {
                 int32_t handle = -1, released = -1;
                 mirx->request(parcel(kEventAcquire, {element(0)}), &handle);
