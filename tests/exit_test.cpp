@@ -11,13 +11,14 @@
 
 class ExitTest : public BinderTest {
   protected:
-    // Starts the program, runs `change`, and waits until it reaches the state that `mode` names.
-    void start(
-            const char* mode, int steps, const std::function<void()>& change = [] {}) {
+    // Starts the program and waits until it uses both bindings.
+    void start(const char* mode) {
         child = std::make_unique<ChildProcess>(EXIT_PROGRAM, std::vector<std::string>{mode});
         child->readUntil("ready");
-        if (steps == 0) return;
-        change();
+    }
+
+    // Lets it reach the state that its mode names.
+    void proceed() {
         child->signal(SIGUSR1);
         child->readUntil("ready");
     }
@@ -43,7 +44,7 @@ class ExitTest : public BinderTest {
 
 TEST_F(ExitTest, processExitsDuringCallbacksAndServiceDeath) {
     for (int round = 0; round < 10; ++round) {
-        start("listening", 0);
+        start("listening");
         std::atomic<int> answered = 0;
         std::vector<std::thread> callers;
         for (const auto& callback : callbacks()) {
@@ -68,12 +69,12 @@ TEST_F(ExitTest, processExitsDuringCalls) {
     for (int round = 0; round < 5; ++round) {
         const bool held = round == 0;  // in the service, beyond the program's exit
         const auto calls = std::make_shared<Calls>();
-        start("calling", 1, [&] {
-            service->whenCalled([calls, held](const std::string&) {
-                ++calls->received;
-                if (held) calls->letGo.wait();
-            });
+        start("calling");
+        service->whenCalled([calls, held](const std::string&) {
+            ++calls->received;
+            if (held) calls->letGo.wait();
         });
+        proceed();
         EXPECT_TRUE(eventually([&] { return calls->received > (held ? 0 : 10 * round); }));
         if (round % 2 == 1) stopServing();
         EXPECT_EQ(end(), 0);
@@ -86,14 +87,17 @@ TEST_F(ExitTest, processExitsDuringCalls) {
 // One thread waits for the service and holds the lock. The death notice and further calls wait for
 // that lock.
 TEST_F(ExitTest, processExitsWhileWaitingForTheService) {
-    start("waiting", 1, [] { stopServing(); });
-    child->readUntil("waiting");
+    start("waiting");
+    stopServing();
+    child->signal(SIGUSR1);
+    child->readUntil("waiting");  // may come before the next "ready"
     EXPECT_EQ(end(), 0);
 }
 
 // Binder threads still execute the library's code, so it must stay mapped.
 TEST_F(ExitTest, libraryStaysLoadedAfterDlclose) {
-    start("unloading", 1);
+    start("unloading");
+    proceed();
     auto all = callbacks();
     ASSERT_EQ(all.size(), 2u);
     for (const auto& callback : all) EXPECT_TRUE(callback->onCallback({element(1, "1")}).isOk());

@@ -81,6 +81,8 @@ std::optional<std::string> ChildProcess::line(Time end) {
     }
     std::string line = mUnread.substr(0, length);
     mUnread.erase(0, length + 1);
+    // A sanitizer's symbolizer complains on the program's standard error.
+    if (line.starts_with("LLVMSymbolizer: ")) return this->line(end);
     return line;
 }
 
