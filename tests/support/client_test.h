@@ -30,7 +30,6 @@ class Heard : public IClientCallback, public IClientCallbackByPath {
     std::mutex mMutex;
     std::vector<std::string> mCalls GUARDED_BY(mMutex);
 };
-using HeardByPath = Heard;
 
 class ClientTest : public BinderTest {
   protected:
