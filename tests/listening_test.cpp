@@ -1,4 +1,11 @@
-// Tests of listening registrations: which are refused, and when they end.
+// Tests of listening registrations: which are refused, when they end, and how they wait.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <latch>
+#include <thread>
+
 #include "tests/support/client_test.h"
 
 using namespace mirxHalclient;
@@ -10,10 +17,13 @@ using Numbers = std::vector<int>;
 const std::shared_ptr<Heard> kHeard = std::make_shared<Heard>();
 
 // Each registers the numbers: as ids, as the paths "/1", "/2" or as thermal subsystems.
-int byId(const Numbers& numbers) {
+int byId(const Numbers& numbers, const std::shared_ptr<Heard>& heard) {
     std::list<DovClient::Resource> resources;
     for (const int id : numbers) resources.push_back({id, std::nullopt});
-    return mirxResListeningRegister(resources, 9, kHeard);
+    return mirxResListeningRegister(resources, 9, heard);
+}
+int byId(const Numbers& numbers) {
+    return byId(numbers, kHeard);
 }
 int byPath(const Numbers& numbers) {
     std::vector<std::string> paths;
@@ -34,6 +44,13 @@ std::string known(int handle) {
     return "I mirx client mirxResListeningUnRegister\n"
            "I a callback has been unregistered to Mirx HAL handle " +
            std::to_string(handle);
+}
+
+bool isSleeping(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string stat((std::istreambuf_iterator<char>(file)), {});
+    const size_t name = stat.rfind(')');
+    return name != std::string::npos && stat.compare(name + 2, 1, "S") == 0;
 }
 
 }  // namespace
@@ -145,4 +162,62 @@ TEST_F(ListeningTest, thermalEntriesRemainAfterUnregistering) {
     EXPECT_EQ(mirxResListeningUnRegister(2), 4);
     EXPECT_EQ(log.text(kClientTag), known(2));
     EXPECT_EQ(byId({1, 2}), 5);
+}
+
+TEST_F(ListeningTest, unregisteredCallbackMayRegister) {
+    std::atomic<bool> ended = false;
+    std::shared_ptr<Heard> callback(new Heard, [&](Heard* last) {
+        delete last;
+        EXPECT_EQ(mirxResListeningUnRegister(6), 6);
+        EXPECT_EQ(byId({3}), 6);
+        ended = true;
+    });
+    service->answer = 5;
+    ASSERT_EQ(byId({1}, std::exchange(callback, nullptr)), 5);
+    service->answer = 6;
+    ASSERT_EQ(byId({2}), 6);
+    // The service releases the first callback; a call behind that finds it released.
+    std::vector<RecordedCall> calls = service->take();
+    calls[0].callback = nullptr;
+    calls[1].callback->onCallback({});
+    EXPECT_EQ(mirxResListeningUnRegister(5), 6);
+    EXPECT_TRUE(eventually([&] { return ended.load(); }));
+}
+
+// One registration is held in the service while a second one waits for the registry; then the first
+// fails. The second gets its answer, whether it fails or not.
+TEST_F(ListeningTest, registrationOutlivesAFailedOne) {
+    for (const bool secondFails : {true, false}) {
+        std::latch called(1), answer(1);
+        std::atomic<int> calls = 0;
+        service->whenCalled([&](const std::string&) {
+            if (calls++ > 0) {
+                service->failing = secondFails;
+                return;
+            }
+            called.count_down();
+            answer.wait();
+        });
+        log.take();
+        std::thread first([] { EXPECT_EQ(byId({1}), -1); });
+        called.wait();
+        std::atomic<pid_t> thread = 0;
+        std::thread second([&] {
+            thread = static_cast<pid_t>(syscall(SYS_gettid));
+            EXPECT_EQ(byId({2}), secondFails ? -1 : 1);
+        });
+        std::vector<LogLine> lines;
+        EXPECT_TRUE(eventually([&] {
+            for (LogLine& line : clientLines()) lines.push_back(std::move(line));
+            return lines.size() >= 2 && isSleeping(thread);
+        }));
+        service->failing = true;
+        answer.count_down();
+        first.join();
+        second.join();
+        EXPECT_EQ(calls, 2) << "a registration was refused without a call";
+        service->failing = false;
+        service->whenCalled(nullptr);
+        mirxResListeningUnRegister(1);
+    }
 }
