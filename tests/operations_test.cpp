@@ -12,6 +12,7 @@
 #include <android-base/strings.h>
 
 #include "tests/support/client_test.h"
+#include "tests/support/holdings.h"
 #include "tests/support/operations.h"
 
 using namespace mirxHalclient;
@@ -274,7 +275,9 @@ TEST_F(OperationsTest, callsToADeadServiceFail) {
 
 TEST_F(OperationsTest, randomHandlesArePositiveAndDiffer) {
     std::set<int32_t> handles;
+    const Holdings before;
     for (int i = 0; i < 1000; ++i) handles.insert(dovGetRandomHandle());
+    EXPECT_EQ(Holdings().descriptors, before.descriptors);
     EXPECT_GE(*handles.begin(), 0);
     EXPECT_GT(handles.size(), 990u);
     EXPECT_GT(*handles.rbegin(), 0x40000000) << "the upper bits are never set";
