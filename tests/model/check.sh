@@ -3,30 +3,19 @@
 # spin finds the error that the fault is for.
 #
 # Usage: check.sh COMPILER
-set -euo pipefail
-compiler=$1
-model=$(readlink -f "$(dirname "$0")/locks.pml")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# shellcheck source=tests/common.sh
+. "$(dirname "$0")/../common.sh"
 cd "$work"
-
-# check ERROR [MACRO]: what spin says of the model must contain ERROR.
-check() {
-    local error=$1
-    shift
-    spin "${@/#/-D}" -a "$model" > /dev/null
-    "$compiler" -O2 -w -DSAFETY -o pan pan.c
+while IFS='|' read -r macro error; do
+    spin ${macro:+"-D$macro"} -a "$here/model/locks.pml" > /dev/null
+    "$1" -O2 -w -DSAFETY -o pan pan.c
     ./pan -m100000 > said
-    if ! grep -q "$error" said || grep -q 'max search depth too small' said; then
-        cat said
-        echo "locks.pml ${*:-as it is}: expected '$error'" >&2
-        exit 1
-    fi
-    echo "locks.pml ${*:-as it is}: $error"
-}
-
-check 'errors: 0'
-check 'invalid end state' REGISTRY_KEPT
-check 'assertion violated ((bound||' BOTH_AT_ONCE
-check 'invalid end state' DESTROYED_LOCKED
-check 'assertion violated (( !(bound)||linked)' UNLINKED_LATE
+    { grep -qF "$error" said && ! grep -q 'max search depth too small' said; } ||
+        complain "locks.pml ${macro:-as it is}: expected '$error': $(cat said)"
+done << 'TABLE'
+|errors: 0
+REGISTRY_KEPT|invalid end state
+BOTH_AT_ONCE|assertion violated ((bound||
+DESTROYED_LOCKED|invalid end state
+UNLINKED_LATE|assertion violated (( !(bound)||linked)
+TABLE

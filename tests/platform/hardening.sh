@@ -1,16 +1,13 @@
 #!/usr/bin/env bash
 # Checks that built files are hardened as in the platform's build: hardening.sh FILE...
-set -euo pipefail
-failed=0
+# shellcheck source=tests/common.sh
+. "$(dirname "$0")/../common.sh"
 for file; do
-    dynamic=$(readelf -dW "$file")
-    symbols=$(nm -D --undefined-only "$file")
-    # needs TEXT PATTERN WHAT
-    needs() { grep -qE "$2" <<< "$1" || { echo "$file: $3" >&2; failed=1; }; }
-    needs "$(readelf -lW "$file")" 'GNU_RELRO' "no RELRO"
-    needs "$dynamic" 'BIND_NOW' "no BIND_NOW"
-    needs "$symbols" '__stack_chk_fail' "no stack protector"
-    needs "$symbols" '__mem[a-z]+_chk' "no FORTIFY"
-    [[ $file != *libtavro-dov-client.so ]] || needs "$dynamic" 'NODELETE' "dlclose would unload it"
+    traits=$(readelf -ldW "$file"; nm -D --undefined-only "$file")
+    needs() { grep -qE "$1" <<< "$traits" || complain "$file: $2"; }  # needs PATTERN COMPLAINT
+    needs 'GNU_RELRO' "no RELRO"
+    needs 'BIND_NOW' "no BIND_NOW"
+    needs '__stack_chk_fail' "no stack protector"
+    needs '__mem[a-z]+_chk' "no FORTIFY"
+    [[ $file != *libtavro-dov-client.so ]] || needs 'NODELETE' "dlclose would unload it"
 done
-exit $failed

@@ -5,4 +5,5 @@ if ! report=$(clang-tidy-14 --quiet -p "$1" "$2" 2>&1); then
     grep -vE '^[0-9]+ warnings? (generated|treated)|^Error while processing' <<< "$report" >&2
     exit 1
 fi
+mkdir -p "$(dirname "$3")"
 touch "$3"
