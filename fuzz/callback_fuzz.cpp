@@ -17,70 +17,58 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// The data that a client of either kind has received.
-struct Heard {
+// A client of either kind, and the data that it has received.
+struct Listener : IClientCallback, IClientCallbackByPath {
+    void onCallback(std::list<DovClient::Resource> resources) override {
+        ++calls;
+        for (const auto& [opcode, value] : resources) {
+            opcodes.push_back(opcode);
+            values.push_back(value.value());
+        }
+    }
+    void onCallback(Texts theValues, Texts thePaths) override {
+        ++calls;
+        values = std::move(theValues);
+        paths = std::move(thePaths);
+    }
+
     int calls = 0;
     std::vector<int32_t> opcodes;
     Texts values, paths;
-};
-
-struct Listener : IClientCallback {
-    void onCallback(std::list<DovClient::Resource> resources) override {
-        ++heard.calls;
-        for (const auto& [opcode, value] : resources) {
-            heard.opcodes.push_back(opcode);
-            heard.values.push_back(value.value());
-        }
-    }
-    Heard heard;
-};
-
-struct ListenerByPath : IClientCallbackByPath {
-    void onCallback(Texts values, Texts paths) override {
-        ++heard.calls;
-        heard.values = std::move(values);
-        heard.paths = std::move(paths);
-    }
-    Heard heard;
 };
 
 void check(bool holds) {
     if (!holds) std::abort();
 }
 
-// Reads the arguments independently of the callback object. Returns false if they are malformed.
-bool read(const AParcel* in, std::vector<MirxRequestData>& data) {
-    return ndk::AParcel_readVector(in, &data) == STATUS_OK;
-}
-
 template <typename Kind>
 void callBack(bool forOneRequest, bool byPath, std::span<const uint8_t> arguments) {
-    const auto listener = std::make_shared<Kind>();
-    const auto client = forOneRequest ? forRequest(listener, "") : forRegistration(listener);
+    const auto heard = std::make_shared<Listener>();
+    const std::shared_ptr<Kind> kind = heard;
+    const auto client = forOneRequest ? forRequest(kind, "") : forRegistration(kind);
     const ndk::SpAIBinder binder = client->asBinder();
 
     android::Parcel in, reply;
     in.writeInterfaceToken(android::String16(MirxCallbackClient::descriptor));
     const size_t start = in.dataPosition();
     in.write(arguments.data(), arguments.size());
-    const std::vector<uint8_t> bytes(in.data(), in.data() + in.dataSize());
+    const ndk::ScopedAParcel again(AParcel_create());
+    AParcel_unmarshal(again.get(), in.data(), in.dataSize());
     in.setDataPosition(0);
     const auto object = AIBinder_toPlatformBinder(binder.get());
     const bool taken = object->transact(FIRST_CALL_TRANSACTION, in, &reply) == android::OK;
 
-    // The offset matters: no element may end beyond 2 GB.
-    const ndk::ScopedAParcel again(AParcel_create());
-    AParcel_unmarshal(again.get(), bytes.data(), bytes.size());
+    // Reads the arguments again, which fails if they are malformed. The offset matters: no element
+    // may end beyond 2 GB.
     AParcel_setDataPosition(again.get(), static_cast<int32_t>(start));
     std::vector<MirxRequestData> data;
-    check(taken == read(again.get(), data));
-    const Heard& heard = listener->heard;
-    check(heard.calls == (taken && !data.empty()));
-    check(heard.calls == 0 || heard.values.size() == data.size());
-    for (size_t i = 0; heard.calls == 1 && i < data.size(); ++i) {
-        check(heard.values[i] == data[i].value.value_or(""));
-        check(byPath ? heard.paths[i] == data[i].path.value_or("")
-                     : heard.opcodes[i] == data[i].id);
+    check(taken == (ndk::AParcel_readVector(again.get(), &data) == STATUS_OK));
+    check(heard->calls == (taken && !data.empty()));
+    check(heard->calls == 0 || heard->values.size() == data.size());
+    for (size_t i = 0; heard->calls == 1 && i < data.size(); ++i) {
+        check(heard->values[i] == data[i].value.value_or(""));
+        check(byPath ? heard->paths[i] == data[i].path.value_or("")
+                     : heard->opcodes[i] == data[i].id);
     }
     check(request_callbacks.size() == (forOneRequest && !taken));
     request_callbacks.clear();
@@ -91,12 +79,8 @@ void callBack(bool forOneRequest, bool byPath, std::span<const uint8_t> argument
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
     fuzz::answerNothing();
-    const bool forOneRequest = (data[0] & 1) != 0;
-    const std::span<const uint8_t> arguments(data + 1, size - 1);
-    if ((data[0] & 2) != 0) {
-        callBack<ListenerByPath>(forOneRequest, true, arguments);
-    } else {
-        callBack<Listener>(forOneRequest, false, arguments);
-    }
+    const bool forOneRequest = (data[0] & 1) != 0, byPath = (data[0] & 2) != 0;
+    const auto call = byPath ? callBack<IClientCallbackByPath> : callBack<IClientCallback>;
+    call(forOneRequest, byPath, {data + 1, size - 1});
     return 0;
 }

@@ -52,24 +52,20 @@ class Services : public hostbinder::SocketServiceManager {
     const sp<Remote> mRemote = sp<Remote>::make();
 };
 
-void install() {
-    [[maybe_unused]] static const bool installed = [] {
-        android::setDefaultServiceManager(sp<Services>::make());
-        __android_log_set_logger([](const __android_log_message*) {});
-        return true;
-    }();
-}
+[[maybe_unused]] const bool gInstalled = [] {
+    android::setDefaultServiceManager(sp<Services>::make());
+    __android_log_set_logger([](const __android_log_message*) {});
+    return true;
+}();
 
 }  // namespace
 
 void answerWith(std::span<const uint8_t> reply) {
-    install();
     gDeclared = true;
     gReply = reply;
 }
 
 void answerNothing() {
-    install();
     gDeclared = false;
 }
 

@@ -18,8 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto& all = operations();
     const Operation& operation = all[data[0] % all.size()];
     // Stays below 256 characters: a longer property aborts the process by contract.
-    constexpr size_t kLongestText = 160;
-    const size_t most = operation.reply == Reply::kText ? kLongestText : size;
+    const size_t most = operation.reply == Reply::kText ? 160 : size;
     fuzz::answerWith({data + 1, std::min(size - 1, most)});
     operation.call(7);
     endRegistration();

@@ -1,7 +1,7 @@
 // Fuzzes the string utilities and the list builders against straightforward implementations.
 //
 // Input: one character to split and trim by, then the text.
-#include <cstdint>
+#include <algorithm>
 #include <cstdlib>
 
 #include <dov/DovWrapper.h>
@@ -17,7 +17,6 @@ constexpr int32_t kOpcodes[] = {0x010108a0, 0x010108b0, 0x010108c0, 0x01010b10, 
                                 0x01010b30, 0x01020070, 0x01010b90, 0x01010ba0, 0x01010bb0,
                                 0x01020080, 0x01010010, 0x01010020, 0x01010030, 0x01020050,
                                 0x010100a0, 0x010100b0, 0x010100c0, 0x01020060};
-constexpr size_t kGroupStarts[] = {3, 7, 11, 15};
 
 void check(bool holds) {
     if (!holds) std::abort();
@@ -28,20 +27,12 @@ bool isIn(const std::string& set, char c) {
 }
 
 Texts split(const std::string& text, const std::string& delimiters) {
-    Texts pieces;
-    std::string piece;
-    const auto end = [&] {
-        if (!piece.empty()) pieces.push_back(piece);
-        piece.clear();
-    };
+    Texts pieces = {""};
     for (const char c : text) {
-        if (isIn(delimiters, c)) {
-            end();
-        } else {
-            piece += c;
-        }
+        if (isIn(delimiters, c)) pieces.emplace_back();
+        if (!isIn(delimiters, c)) pieces.back() += c;
     }
-    end();
+    std::erase(pieces, "");
     return pieces;
 }
 
@@ -60,11 +51,8 @@ Resources targetLoad(const std::string& data) {
     Resources list;
     const Texts pieces = split(data, ",");
     for (size_t i = 0; i < pieces.size() && i < std::size(kOpcodes); ++i) {
-        if (!isIn(data, '-')) {
-            list.push_back({kOpcodes[i], pieces[i]});
-        } else if (const Texts parts = split(pieces[i], "-"); parts.size() >= 2) {
-            list.push_back({kOpcodes[i], parts[1]});
-        }
+        const Texts parts = isIn(data, '-') ? split(pieces[i], "-") : Texts{"", pieces[i]};
+        if (parts.size() >= 2) list.push_back({kOpcodes[i], parts[1]});
     }
     return list;
 }
@@ -75,9 +63,8 @@ Resources colocation(const std::string& data) {
         const Texts parts = split(piece, ":");
         if (parts.size() < 2) continue;
         if (parts[0] == "colocation") list.push_back({0x01011040, parts[1]});
-        if (parts[0] != "groupmigrate") continue;
         const Texts numbers = split(parts[1], "-");
-        if (numbers.size() < 2) continue;
+        if (parts[0] != "groupmigrate" || numbers.size() < 2) continue;
         const int32_t a = parseInt(numbers[0]), b = parseInt(numbers[1]);
         if (a <= b || a == -1 || b == -1) continue;
         list.push_back({0x01010fb0, std::to_string(a)});
@@ -89,29 +76,20 @@ Resources colocation(const std::string& data) {
 Resources gameAdp(const std::string& data) {
     Resources list;
     const Texts groups = split(data, ";");
-    for (size_t g = 0; g < groups.size() && g < std::size(kGroupStarts); ++g) {
+    for (size_t g = 0; g < groups.size() && g < 4; ++g) {
         if (!isIn(groups[g], ',')) continue;
         const Texts items = split(groups[g], ",");
-        for (size_t i = 0; i < items.size() && kGroupStarts[g] + i < std::size(kOpcodes); ++i) {
-            list.push_back({kOpcodes[kGroupStarts[g] + i], trim(items[i], " \n\r\t", true, true)});
+        for (size_t i = 0, o = 3 + 4 * g; i < items.size() && o < std::size(kOpcodes); ++i, ++o) {
+            list.push_back({kOpcodes[o], trim(items[i], " \n\r\t", true, true)});
         }
     }
     return list;
 }
 
-Resources gameUpgrade(int32_t level, const std::string& data) {
-    Resources list;
-    if (level >= 1) list.push_back({0x01011040, std::to_string(level)});
-    if (!data.empty()) list.push_back({0x010115b0, data});
-    return list;
-}
-
 bool same(const Resources& a, const Resources& b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        if (a[i].opcode != b[i].opcode || a[i].value != b[i].value) return false;
-    }
-    return true;
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) {
+        return x.opcode == y.opcode && x.value == y.value;
+    });
 }
 
 }  // namespace
@@ -134,6 +112,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     check(same(getColocationList(text), colocation(text)));
     check(same(getGameAdpList(text), gameAdp(text)));
     const int32_t level = static_cast<int8_t>(data[0]);
-    check(same(getGameUpgradeList(1, 2, level, 4, 5, text), gameUpgrade(level, text)));
+    Resources upgrade;
+    if (level >= 1) upgrade.push_back({0x01011040, std::to_string(level)});
+    if (!text.empty()) upgrade.push_back({0x010115b0, text});
+    check(same(getGameUpgradeList(1, 2, level, 4, 5, text), upgrade));
     return 0;
 }
