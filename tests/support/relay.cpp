@@ -5,8 +5,10 @@
 #include <future>
 #include <iostream>
 
+#include <android/binder_libbinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <binder/Binder.h>
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirx.h>
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
@@ -15,21 +17,39 @@ namespace {
 
 using namespace aidl::vendor::tavro::hardware::mirx;
 using ndk::ScopedAStatus;
-using std::string;
-using std::vector;
 
-// Makes the call on a new thread. The driver would deliver a call back into the calling process to
-// the calling thread; from a new thread it arrives on a binder thread, as a foreign call does.
-template <typename Call>
-ScopedAStatus elsewhere(const Call& call) {
-    return std::async(std::launch::async, call).get();
-}
+// Forwards each call from a new thread. The driver would deliver a call back into the calling
+// process to the calling thread; from a new thread it arrives on a binder thread, as a foreign call
+// does.
+class Elsewhere : public android::BBinder {
+  public:
+    explicit Elsewhere(const ndk::SpAIBinder& to) : mTo(AIBinder_toPlatformBinder(to.get())) {}
+
+    template <typename Interface>
+    static std::shared_ptr<Interface> make(const ndk::SpAIBinder& to) {
+        const auto elsewhere = android::sp<Elsewhere>::make(to);
+        return Interface::fromBinder(ndk::SpAIBinder(AIBinder_fromPlatformBinder(elsewhere)));
+    }
+    const android::String16& getInterfaceDescriptor() const override {
+        return mTo->getInterfaceDescriptor();
+    }
+
+  protected:
+    android::status_t onTransact(uint32_t code, const android::Parcel& in, android::Parcel* out,
+                                 uint32_t flags) override {
+        const auto call = [&] { return mTo->transact(code, in, out, flags); };
+        return std::async(std::launch::async, call).get();
+    }
+
+  private:
+    const android::sp<android::IBinder> mTo;
+};
 
 class CallbackRelay : public BnMirxCallback {
   public:
     explicit CallbackRelay(std::shared_ptr<IMirxCallback> to) : mTo(std::move(to)) {}
-    ScopedAStatus onCallback(const vector<MirxRequestData>& data) override {
-        return elsewhere([&] { return mTo->onCallback(data); });
+    ScopedAStatus onCallback(const std::vector<MirxRequestData>& data) override {
+        return mTo->onCallback(data);
     }
 
   private:
@@ -38,72 +58,29 @@ class CallbackRelay : public BnMirxCallback {
 
 std::shared_ptr<IMirxCallback> relayed(const std::shared_ptr<IMirxCallback>& callback) {
     if (callback == nullptr) return nullptr;
-    return ndk::SharedRefBase::make<CallbackRelay>(callback);
+    return ndk::SharedRefBase::make<CallbackRelay>(
+            Elsewhere::make<IMirxCallback>(callback->asBinder()));
 }
 
-MirxRequestParcel relayed(const MirxRequestParcel& parcel) {
-    MirxRequestParcel copy = parcel;
-    copy.callback = relayed(parcel.callback);
-    return copy;
-}
-
-class Relay : public BnMirx {
+class Relay : public IMirxDelegator {
   public:
-    explicit Relay(std::shared_ptr<IMirx> to) : mTo(std::move(to)) {}
+    using IMirxDelegator::IMirxDelegator;
 
-    ScopedAStatus init() override {
-        return elsewhere([&] { return mTo->init(); });
-    }
     ScopedAStatus request(const MirxRequestParcel& parcel, int32_t* result) override {
-        return elsewhere([&] { return mTo->request(relayed(parcel), result); });
-    }
-    ScopedAStatus release(int32_t handle, int32_t* result) override {
-        return elsewhere([&] { return mTo->release(handle, result); });
-    }
-    ScopedAStatus stateRequest(const MirxRequestParcel& parcel,
-                               vector<MirxRequestData>* result) override {
-        return elsewhere([&] { return mTo->stateRequest(relayed(parcel), result); });
+        MirxRequestParcel copy = parcel;
+        copy.callback = relayed(parcel.callback);
+        return IMirxDelegator::request(copy, result);
     }
     ScopedAStatus listeningRegister(const MirxRequestParcel& parcel,
                                     const std::shared_ptr<IMirxCallback>& callback,
                                     int32_t* result) override {
-        return elsewhere(
-                [&] { return mTo->listeningRegister(relayed(parcel), relayed(callback), result); });
+        return IMirxDelegator::listeningRegister(parcel, relayed(callback), result);
     }
-    ScopedAStatus listeningUnregister(int32_t handle, int32_t* result) override {
-        return elsewhere([&] { return mTo->listeningUnregister(handle, result); });
-    }
-    ScopedAStatus propertyGet(const string& key, string* result) override {
-        return elsewhere([&] { return mTo->propertyGet(key, result); });
-    }
-    ScopedAStatus propertySet(const string& key, const string& value, int32_t* result) override {
-        return elsewhere([&] { return mTo->propertySet(key, value, result); });
-    }
-    ScopedAStatus thermalListeningRegister(const vector<int32_t>& ids,
+    ScopedAStatus thermalListeningRegister(const std::vector<int32_t>& ids,
                                            const std::shared_ptr<IMirxCallback>& callback,
                                            int32_t* result) override {
-        return elsewhere(
-                [&] { return mTo->thermalListeningRegister(ids, relayed(callback), result); });
+        return IMirxDelegator::thermalListeningRegister(ids, relayed(callback), result);
     }
-    ScopedAStatus thermalListeningUnregister(int32_t handle, int32_t* result) override {
-        return elsewhere([&] { return mTo->thermalListeningUnregister(handle, result); });
-    }
-    ScopedAStatus reservedOperation() override {
-        return elsewhere([&] { return mTo->reservedOperation(); });
-    }
-    ScopedAStatus setRelatedSysInfo(int32_t first, int32_t second, int32_t* result) override {
-        return elsewhere([&] { return mTo->setRelatedSysInfo(first, second, result); });
-    }
-    ScopedAStatus ruleCtl(int32_t ruleId, int32_t status, const vector<MirxRequestData>& resources,
-                          int32_t* result) override {
-        return elsewhere([&] { return mTo->ruleCtl(ruleId, status, resources, result); });
-    }
-    ScopedAStatus oneWayRequest(const MirxRequestParcel& parcel) override {
-        return elsewhere([&] { return mTo->oneWayRequest(relayed(parcel)); });
-    }
-
-  private:
-    const std::shared_ptr<IMirx> mTo;
 };
 
 }  // namespace
@@ -113,13 +90,12 @@ int main(int argc, char** argv) {
     ABinderProcess_setThreadPoolMaxThreadCount(15);
     ABinderProcess_startThreadPool();
     const ndk::SpAIBinder behind(AServiceManager_checkService(argv[1]));
-    const auto service = IMirx::fromBinder(behind);
-    if (service == nullptr) return 1;
+    if (behind.get() == nullptr) return 1;
     // Ends with the test.
     const ndk::ScopedAIBinder_DeathRecipient end(
             AIBinder_DeathRecipient_new([](void*) { std::_Exit(1); }));
     if (AIBinder_linkToDeath(behind.get(), end.get(), nullptr) != STATUS_OK) return 1;
-    const auto relay = ndk::SharedRefBase::make<Relay>(service);
+    const auto relay = ndk::SharedRefBase::make<Relay>(Elsewhere::make<IMirx>(behind));
     if (AServiceManager_addService(relay->asBinder().get(), argv[2]) != EX_NONE) return 1;
     std::cout << "serving" << std::endl;
     ABinderProcess_joinThreadPool();
