@@ -2,12 +2,15 @@
 #pragma once
 
 #include <signal.h>
+#include <stdint.h>
 #include <sys/types.h>
 
 #include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <android-base/unique_fd.h>
 
 class ChildProcess {
   public:
@@ -20,31 +23,29 @@ class ChildProcess {
                           Errors errors = Errors::kNotRead);
     // Kills the program if it is still running.
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     // Reads lines until one starts with `prefix`, and returns that line. Throws if the output ends
     // first, or after a minute.
     std::string readUntil(const std::string& prefix);
-    // Reads `count` lines; fewer if the output ends first, or after a minute.
-    std::vector<std::string> lines(size_t count);
+    // Reads `count` lines; fewer if the output ends first, or after `time`.
+    std::vector<std::string> lines(size_t count, std::chrono::seconds time = kLongestWait);
     // The lines that have arrived and were not read.
-    std::vector<std::string> unread();
+    std::vector<std::string> unread() { return lines(SIZE_MAX, std::chrono::seconds(0)); }
 
     void signal(int number) const { kill(mPid, number); }
     // Waits until the program ends, and sends SIGABRT if it has not ended after `time`. Returns its
     // exit code, or minus the signal that ended it.
-    int wait(std::chrono::seconds time = std::chrono::minutes(1));
+    int wait(std::chrono::seconds time = kLongestWait);
 
     pid_t pid() const { return mPid; }
 
   private:
-    using Time = std::chrono::steady_clock::time_point;
+    static constexpr std::chrono::minutes kLongestWait{1};
 
     // The next line; none if the output ends first, or does not have it at `end`.
-    std::optional<std::string> line(Time end);
+    std::optional<std::string> line(std::chrono::steady_clock::time_point end);
 
     pid_t mPid = -1;
-    int mOutput = -1;
+    android::base::unique_fd mOutput;
     std::string mUnread;
 };

@@ -1,95 +1,63 @@
 // Cuts the connection between a service and its client after a given number of bytes.
 #include "tests/support/cut_connection.h"
 
-#include <sys/eventfd.h>
+#include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <stdexcept>
-#include <utility>
+#include <vector>
 
-#include <android-base/file.h>
+#include <cutils/sockets.h>
 
 #include "host/services/registration.h"
 
 using android::base::unique_fd;
 
-namespace {
-
-// Opens a socket and calls `use` (bind or connect) on it with `path`.
-unique_fd openSocket(const std::string& path, int (*use)(int, const sockaddr*, socklen_t)) {
-    sockaddr_un address = {.sun_family = AF_UNIX};
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!fd.ok() || use(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
-        return {};
-    }
-    return fd;
-}
-
-std::string socketOf(const std::string& registration) {
-    const auto found = hostbinder::readRegistration(registration);
-    if (!found) throw std::runtime_error("no service is registered at " + registration);
-    return found->socket;
-}
-
-}  // namespace
-
 CutConnection::CutConnection(const std::string& registration, size_t bytes,
                              std::function<void()> onCut)
-    : mService(socketOf(registration)),
+    : mService(hostbinder::readRegistration(registration).value().socket),
       mOwn(registration + ".cut"),
       mBytes(bytes),
-      mOnCut(std::move(onCut)) {
-    unlink(mOwn.c_str());
-    mListening = openSocket(mOwn, bind);
-    if (!mListening.ok() || listen(mListening.get(), 20) != 0) {
-        throw std::runtime_error("no socket at " + mOwn);
-    }
+      mOnCut(std::move(onCut)),
+      mListening(
+              socket_local_server(mOwn.c_str(), ANDROID_SOCKET_NAMESPACE_FILESYSTEM, SOCK_STREAM)) {
+    listen(mListening.get(), 20);  // a client opens many connections without waiting
     mRegistration = hostbinder::publish(registration, mOwn);
-    mStop.reset(eventfd(0, EFD_CLOEXEC));
+    Pipe(&mStopped, &mStop);
     mThread = std::thread([this] { run(); });
 }
 
 CutConnection::~CutConnection() {
-    const uint64_t one = 1;
-    android::base::WriteFully(mStop, &one, sizeof(one));
+    mStop.reset();
     mThread.join();
 }
 
 void CutConnection::run() {
-    bool going = mBytes > 0;
-    while (going) {
-        std::vector<pollfd> fds = {{.fd = mStop.get(), .events = POLLIN},
-                                   {.fd = mListening.get(), .events = POLLIN}};
-        for (const Pair& pair : mPairs) {
-            fds.push_back({.fd = pair.client.get(), .events = POLLIN});
-            fds.push_back({.fd = pair.service.get(), .events = POLLIN});
-        }
+    std::vector<unique_fd> ends;  // in pairs: to a client, and behind it to the service
+    while (mPassed < mBytes) {
+        std::vector<pollfd> fds;
+        for (const unique_fd& end : ends) fds.push_back({.fd = end.get(), .events = POLLIN});
+        fds.push_back({.fd = mListening.get(), .events = POLLIN});
+        fds.push_back({.fd = mStopped.get()});
         poll(fds.data(), fds.size(), -1);
-        if (fds[0].revents != 0) break;
-        std::vector<Pair> pairs = std::exchange(mPairs, {});
-        for (size_t i = 0; going && i < pairs.size(); ++i) {
-            const int client = pairs[i].client.get(), service = pairs[i].service.get();
-            const bool open = (fds[2 + 2 * i].revents == 0 || pass(client, service)) &&
-                              (fds[3 + 2 * i].revents == 0 || pass(service, client));
-            if (open) mPairs.push_back(std::move(pairs[i]));
-            going = mPassed < mBytes;
+        if (fds.back().revents != 0) break;
+        for (size_t i = 0; i < ends.size(); ++i) {
+            if (fds[i].revents == 0 || !ends[i].ok() || pass(fds[i].fd, fds[i ^ 1].fd)) continue;
+            ends[i].reset();
+            ends[i ^ 1].reset();
         }
-        if (going && fds[1].revents != 0) accept();
+        if (fds[ends.size()].revents == 0) continue;
+        ends.emplace_back(accept4(mListening.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        ends.emplace_back(socket_local_client(mService.c_str(), ANDROID_SOCKET_NAMESPACE_FILESYSTEM,
+                                              SOCK_STREAM));
     }
-    cut();
-    if (!going) mOnCut();
-}
-
-void CutConnection::accept() {
-    unique_fd client(accept4(mListening.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    unique_fd service = openSocket(mService, connect);
-    if (client.ok() && service.ok()) mPairs.push_back({std::move(client), std::move(service)});
+    mRegistration.reset();
+    mListening.reset();
+    ends.clear();
+    unlink(mOwn.c_str());
+    if (mPassed >= mBytes) mOnCut();
 }
 
 // Forwards the available bytes, up to the limit. Returns false if the sender has closed.
@@ -100,11 +68,4 @@ bool CutConnection::pass(int from, int to) {
     if (length <= 0) return false;
     mPassed += static_cast<size_t>(length);
     return send(to, buffer.data(), static_cast<size_t>(length), MSG_NOSIGNAL) == length;
-}
-
-void CutConnection::cut() {
-    mRegistration.reset();
-    mListening.reset();
-    mPairs.clear();
-    unlink(mOwn.c_str());
 }

@@ -1,13 +1,10 @@
 // Cuts the connection between a service and its client after a given number of bytes.
 #pragma once
 
-#include <poll.h>
-
 #include <atomic>
 #include <functional>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include <android-base/unique_fd.h>
 
@@ -21,30 +18,18 @@ class CutConnection {
     CutConnection(const std::string& registration, size_t bytes, std::function<void()> onCut);
     // Cuts the remaining connections without calling onCut.
     ~CutConnection();
-    CutConnection(const CutConnection&) = delete;
-    CutConnection& operator=(const CutConnection&) = delete;
 
     size_t passed() const { return mPassed; }
 
   private:
-    struct Pair {
-        android::base::unique_fd client;
-        android::base::unique_fd service;
-    };
-
     void run();
-    void accept();
     bool pass(int from, int to);
-    void cut();
 
     const std::string mService;  // the service's own socket
     const std::string mOwn;  // the socket that clients connect to
     const size_t mBytes;
     const std::function<void()> mOnCut;
     std::atomic<size_t> mPassed = 0;
-    android::base::unique_fd mListening;
-    android::base::unique_fd mRegistration;
-    android::base::unique_fd mStop;
-    std::vector<Pair> mPairs;
+    android::base::unique_fd mListening, mRegistration, mStop, mStopped;
     std::thread mThread;
 };

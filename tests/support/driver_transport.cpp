@@ -1,11 +1,8 @@
 // The driver transport of the tests, with a relay process that can be killed.
 #include <stdlib.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
-#include <thread>
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -14,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/child_process.h"
+#include "tests/support/eventually.h"
 #include "tests/support/transport.h"
 
 namespace {
@@ -55,13 +53,9 @@ class DriverTransport : public Transport {
         if (mRelay == nullptr) return;
         mRelay.reset();
         // The service manager is notified of the death asynchronously, like every client.
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() != nullptr) {
-            if (std::chrono::steady_clock::now() > end) {
-                throw std::runtime_error("the service manager still returns the dead service");
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        ASSERT_TRUE(eventually([] {
+            return ndk::SpAIBinder(AServiceManager_checkService(kServiceName)).get() == nullptr;
+        }));
         // A service cannot be unregistered. Replacing it releases the test's object.
         android::defaultServiceManager()->addService(android::String16(kBehindRelay),
                                                      android::sp<android::BBinder>::make());

@@ -1,8 +1,6 @@
 // Captures the log lines of the library under test.
 #include "tests/support/log_capture.h"
 
-#include <algorithm>
-#include <array>
 #include <mutex>
 #include <ostream>
 #include <string_view>
@@ -17,22 +15,19 @@ namespace {
 std::mutex& gMutex = *new std::mutex;
 std::vector<LogLine>& gLines GUARDED_BY(gMutex) = *new std::vector<LogLine>;
 
-constexpr std::array<std::string_view, 13> kPlatformTags = {
-        "BpBinder",     "FdTrigger", "IPCThreadState",          "Parcel",
-        "ProcessState", "RefBase",   "RpcRawTransport",         "RpcServer",
-        "RpcSession",   "RpcState",  "ServiceManagerCppClient", "hostbinder",
-        "libbinder_ndk"};
-
-// Whether a line comes from the binder stack or the tests' service manager. Parts of the stack log
-// without a tag; of the library only the transaction log does.
-bool isThePlatforms(std::string_view tag, std::string_view text) {
-    if (tag == "(null)") return !text.starts_with("BnMirxCallback::");
-    return std::find(kPlatformTags.begin(), kPlatformTags.end(), tag) != kPlatformTags.end();
-}
+// The tags of the binder stack and of the tests' service manager.
+constexpr std::string_view kPlatformTags =
+        " BpBinder FdTrigger IPCThreadState Parcel ProcessState RefBase RpcRawTransport RpcServer "
+        "RpcSession RpcState ServiceManagerCppClient hostbinder libbinder_ndk ";
 
 void capture(const __android_log_message* message) {
     const std::string tag = message->tag == nullptr ? "(null)" : message->tag;
-    if (isThePlatforms(tag, message->message)) return;
+    const std::string_view text = message->message;
+    // Parts of the stack log without a tag; of the library only the transaction log does.
+    if (tag == "(null)" ? !text.starts_with("BnMirxCallback::")
+                        : kPlatformTags.find(" " + tag + " ") != std::string_view::npos) {
+        return;
+    }
     std::lock_guard lock(gMutex);
     gLines.push_back({message->priority, tag, message->message});
 }

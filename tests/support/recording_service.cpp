@@ -1,10 +1,10 @@
 // A service that records every call and gives the answers that the test sets.
 #include "tests/support/recording_service.h"
 
-#include <chrono>
 #include <stdexcept>
 #include <utility>
 
+#include "tests/support/eventually.h"
 #include "tests/support/shown.h"
 
 using ndk::ScopedAStatus;
@@ -47,31 +47,26 @@ void RecordingService::whenCalled(std::function<void(const std::string&)> hook) 
 }
 
 RecordedCall RecordingService::awaitCall() {
-    std::unique_lock lock(mMutex);
-    const android::base::ScopedLockAssertion locked(mMutex);
-    const auto hasCome = [this]() REQUIRES(mMutex) { return !mCalls.empty(); };
-    if (!mRecorded.wait_for(lock, std::chrono::seconds(10), hasCome)) {
-        throw std::runtime_error("no call arrived within ten seconds");
-    }
-    RecordedCall call = std::move(mCalls.front());
-    mCalls.erase(mCalls.begin());
+    RecordedCall call;
+    const bool arrived = eventually([&] {
+        std::lock_guard lock(mMutex);
+        if (mCalls.empty()) return false;
+        call = std::move(mCalls.front());
+        mCalls.erase(mCalls.begin());
+        return true;
+    });
+    if (!arrived) throw std::runtime_error("no call arrived within ten seconds");
     return call;
 }
 
-ScopedAStatus RecordingService::record(RecordedCall call) {
-    const std::string operation = call.operation;
+ScopedAStatus RecordingService::record(const RecordedCall& call, int32_t* result) {
+    if (result != nullptr) *result = counting ? ++answer : answer.load();
     std::function<void(const std::string&)> hook;
     {
         std::lock_guard lock(mMutex);
-        mCalls.push_back(std::move(call));
+        mCalls.push_back(call);
         hook = mHook;
     }
-    mRecorded.notify_all();
-    if (hook) hook(operation);
+    if (hook) hook(call.operation);
     return failing ? ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE) : ScopedAStatus::ok();
-}
-
-ScopedAStatus RecordingService::record(RecordedCall call, int32_t* result) {
-    *result = counting ? ++answer : answer.load();
-    return record(std::move(call));
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -98,11 +97,9 @@ class RecordingService : public BnMirx {
     }
 
   private:
-    Status record(RecordedCall call);
-    Status record(RecordedCall call, int32_t* result);
+    Status record(const RecordedCall& call, int32_t* result = nullptr);
 
     std::mutex mMutex;
-    std::condition_variable mRecorded;
     std::vector<RecordedCall> mCalls GUARDED_BY(mMutex);
     std::function<void(const std::string&)> mHook GUARDED_BY(mMutex);
 };

@@ -14,12 +14,10 @@ namespace {
 
 // Removes the folder after the last test.
 struct FolderRemoval : public testing::Environment {
-    explicit FolderRemoval(std::string folder) : folder(std::move(folder)) {}
     void TearDown() override {
         std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
+        std::filesystem::remove_all(Transport::chosen().folder(), ignored);
     }
-    const std::string folder;
 };
 
 class SocketTransport : public Transport {
@@ -28,7 +26,7 @@ class SocketTransport : public Transport {
         std::string pattern = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for services");
         mFolder = pattern;
-        testing::AddGlobalTestEnvironment(new FolderRemoval(mFolder));
+        testing::AddGlobalTestEnvironment(new FolderRemoval);
         setenv("DOV_SERVICE_DIR", mFolder.c_str(), 1);  // for child processes
         std::string error;
         mManager = hostbinder::SocketServiceManager::make(mFolder, &error);

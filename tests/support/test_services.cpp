@@ -1,10 +1,8 @@
 // The fixture for tests that call the service.
 #include "tests/support/test_services.h"
 
-#include <chrono>
 #include <filesystem>
 #include <latch>
-#include <thread>
 
 #include <android/binder_manager.h>
 #include <binder/IServiceManager.h>
@@ -14,42 +12,19 @@
 using android::sp;
 using android::String16;
 
-static std::string fragment() {
-    return Transport::chosen().folder() + "/mirx.xml";
-}
-
-PlatformSeam& BinderTest::services() {
-    return platformSeam();
-}
-const std::string& BinderTest::folder() {
-    return Transport::chosen().folder();
-}
-
 void BinderTest::declare() {
-    std::filesystem::copy_file(MIRX_FRAGMENT, fragment(),
+    std::filesystem::copy_file(MIRX_FRAGMENT, folder() + "/mirx.xml",
                                std::filesystem::copy_options::overwrite_existing);
 }
 
 void BinderTest::undeclare() {
-    std::filesystem::remove(fragment());
-}
-
-void BinderTest::serve(const ndk::SpAIBinder& object) {
-    Transport::chosen().serve(object);
+    std::filesystem::remove(folder() + "/mirx.xml");
 }
 
 std::unique_ptr<ChildProcess> BinderTest::startSimulator() {
     auto simulator = std::make_unique<ChildProcess>(MIRX_SIMULATOR);
     simulator->readUntil("serving");
     return simulator;
-}
-
-void BinderTest::stopServing() {
-    Transport::chosen().stopServing();
-}
-
-void BinderTest::serve() {
-    serve(service->asBinder());
 }
 
 BinderTest::BinderTest() {
@@ -92,22 +67,10 @@ BinderTest::HeldBackDeath::~HeldBackDeath() {
     mRecipient->letGo.count_down();
 }
 
-bool BinderTest::eventually(const std::function<bool()>& condition, std::chrono::seconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
-
 void BinderTest::endService(int notices) {
     stopServing();
-    std::vector<LogLine> lines;
     EXPECT_TRUE(eventually([&] {
-        for (LogLine& line : log.take()) lines.push_back(std::move(line));
-        return std::count_if(lines.begin(), lines.end(), [](const LogLine& line) {
-                   return line.text == "Mirx HAL Service died";
-               }) >= notices;
+        for (const LogLine& line : log.take()) notices -= line.text == "Mirx HAL Service died";
+        return notices <= 0;
     }));
 }

@@ -1,9 +1,6 @@
 // The fixture for tests that call the service.
 #pragma once
 
-#include <atomic>
-#include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -11,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/child_process.h"
+#include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/recording_service.h"
 #include "tests/support/platform_seam.h"
@@ -26,8 +24,8 @@ class BinderTest : public testing::Test {
     static void declare();
     static void undeclare();
     // Registers `service` or `object` under the service's name.
-    void serve();
-    static void serve(const ndk::SpAIBinder& object);
+    void serve() { serve(service->asBinder()); }
+    static void serve(const ndk::SpAIBinder& object) { Transport::chosen().serve(object); }
     // Registers an object that does not implement the service's interface.
     static void serveAsItIs(const ndk::SpAIBinder& object) {
         Transport::chosen().serveAsItIs(object);
@@ -35,7 +33,7 @@ class BinderTest : public testing::Test {
     // Starts mirx-simulator in place of the current service and waits until it serves.
     static std::unique_ptr<ChildProcess> startSimulator();
     // Ends the service as its death would. Death notices may arrive later.
-    static void stopServing();
+    static void stopServing() { Transport::chosen().stopServing(); }
     // Ends the service as its death would, and waits until `notices` bindings have logged it.
     void endService(int notices);
 
@@ -52,12 +50,8 @@ class BinderTest : public testing::Test {
         android::sp<Recipient> mRecipient;
     };
 
-    static PlatformSeam& services();
-    static const std::string& folder();
-
-    // Waits until `condition` is true. Returns false if it is still false after `time`.
-    static bool eventually(const std::function<bool()>& condition,
-                           std::chrono::seconds time = std::chrono::seconds(10));
+    static PlatformSeam& services() { return platformSeam(); }
+    static const std::string& folder() { return Transport::chosen().folder(); }
 
     LogCapture log;
     std::shared_ptr<RecordingService> service = ndk::SharedRefBase::make<RecordingService>();
