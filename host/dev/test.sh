@@ -10,7 +10,7 @@ run_tests() {  # run_tests PRESET here|guest|all
         # For the checks of the sources, the platform build, the binary interface, the install and the documents.
         need_packages g++ clang-tidy-14 blueprint-tools abigail-tools pkgconf doxygen mandoc groff-base checkpolicy m4 \
             golang-1.19-go golang-android-soong-dev golang-github-google-blueprint-dev golang-starlark-dev \
-            golang-google-protobuf-dev golang-github-golang-protobuf-1-5-dev python3-minimal spin
+            golang-google-protobuf-dev golang-github-golang-protobuf-1-5-dev python3-minimal spin cloc
     fi
     need_packages libxml2-utils
     lock_cache
@@ -20,6 +20,7 @@ run_tests() {  # run_tests PRESET here|guest|all
     build "$preset" all fuzz_targets
     if [ "$preset" = host ]; then
         check "the sources" ninja -C build/host -k 0 static_checks
+        check "the share of tests" tests/share.sh .
         run_here host "x86-64, over sockets"
     else
         run_here "$preset" "x86-64, over sockets, $preset sanitizer"
