@@ -15,8 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // DovGetPMStatus writes to std::cout.
     [[maybe_unused]] static const bool quiet = (std::cout.setstate(std::ios::failbit), true);
     if (size == 0) return 0;
-    const auto& all = operations();
-    const Operation& operation = all[data[0] % all.size()];
+    const Operation& operation = operations()[data[0] % operations().size()];
     // Stays below 256 characters: a longer property aborts the process by contract.
     const size_t most = operation.reply == Reply::kText ? 160 : size;
     fuzz::answerWith({data + 1, std::min(size - 1, most)});

@@ -101,9 +101,10 @@ int clients[2];
     Client client = {.pid = getpid()};
     ABinderProcess_startThreadPool();
     const auto mirx = find(instance);
-    if (mirx == nullptr) _exit(1);
-    mirx->listeningRegister(kWatched, ndk::SharedRefBase::make<Listener>(), &client.handle);
-    if (write(clients[1], &client, sizeof(client)) < 0) _exit(1);
+    if (mirx != nullptr) {
+        mirx->listeningRegister(kWatched, ndk::SharedRefBase::make<Listener>(), &client.handle);
+    }
+    if (write(clients[1], &client, sizeof(client)) < 0 || mirx == nullptr) _exit(1);
     for (int32_t held = -1;;) mirx->request(parcel(kEventAcquire, {element(0)}, 1), &held);
 }
 
@@ -123,7 +124,7 @@ class MirxTest : public testing::TestWithParam<std::string> {
   protected:
     void SetUp() override {
         ASSERT_TRUE(eventually([this] { return (mirx = find(GetParam())) != nullptr; }))
-                << "it is declared and does not run";
+                << "declared, but not running";
         before = shown();
     }
     void TearDown() override {
@@ -154,9 +155,6 @@ class MirxTest : public testing::TestWithParam<std::string> {
     std::optional<std::string> shown() {
         const auto state = call<Data>(&IMirx::stateRequest, kWatched);
         return state.empty() ? std::nullopt : state.front().value;
-    }
-    int32_t listen(const std::shared_ptr<Listener>& listener) {
-        return call(&IMirx::listeningRegister, kWatched, listener);
     }
 
     std::shared_ptr<IMirx> mirx;
@@ -232,7 +230,8 @@ TEST_P(MirxTest, oneWayRequestUsesItsHandle) {
 
 TEST_P(MirxTest, listenerIsCalledWhileRegistered) {
     const auto other = ndk::SharedRefBase::make<Listener>();
-    const int32_t handle = listen(listener), otherHandle = listen(other);
+    const int32_t handle = call(&IMirx::listeningRegister, kWatched, listener);
+    const int32_t otherHandle = call(&IMirx::listeningRegister, kWatched, other);
     const Sentence sentence("A listener is called when its resource shows another value.");
     release(hold(kValue));
     EXPECT_TRUE(eventually([&] { return listener->calls(kValue) > 0; }));

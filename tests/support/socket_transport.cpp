@@ -23,9 +23,7 @@ struct FolderRemoval : public testing::Environment {
 class SocketTransport : public Transport {
   public:
     SocketTransport() : Transport(false) {
-        std::string pattern = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for services");
-        mFolder = pattern;
+        if (mkdtemp(mFolder.data()) == nullptr) throw std::runtime_error("no folder for services");
         testing::AddGlobalTestEnvironment(new FolderRemoval);
         setenv("DOV_SERVICE_DIR", mFolder.c_str(), 1);  // for child processes
         std::string error;
@@ -44,7 +42,7 @@ class SocketTransport : public Transport {
     void stopServing() override { mManager->removeService(android::String16(kServiceName)); }
 
   private:
-    std::string mFolder;
+    std::string mFolder = std::filesystem::temp_directory_path() / "dov-test-XXXXXX";
     android::sp<hostbinder::SocketServiceManager> mManager;
 };
 
