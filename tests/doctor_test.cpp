@@ -5,8 +5,6 @@
 #include <fstream>
 #include <sstream>
 
-#include <android/binder_stability.h>
-
 #include <gmock/gmock.h>
 #include <json/json.h>
 
@@ -15,135 +13,99 @@
 #include "common/transport.h"
 #include "dovctl/dovctl.h"
 #include "tests/support/child_process.h"
+#include "tests/support/raw_service.h"
 #include "tests/support/test_services.h"
 #include "tests/support/test_waiter.h"
 
 using aidl::vendor::tavro::hardware::mirx::IMirx;
 
-namespace {
-
-// The version and hash that a service of another build reports.
-struct Build {
-    int32_t version;
-    std::string hash;
-};
-
-// A class lives as long as the process, so each is defined once.
-AIBinder_Class* defineClass(const char* descriptor) {
+// A service of another build.
+static ndk::SpAIBinder serviceOf(int32_t version, const std::string& hash) {
     // The codes at which every stable interface has its version and its hash.
-    static constexpr transaction_code_t kVersion = FIRST_CALL_TRANSACTION + 16777214;
-    static constexpr transaction_code_t kHash = FIRST_CALL_TRANSACTION + 16777213;
-    return AIBinder_Class_define(
-            descriptor, [](void* data) { return data; },
-            [](void* data) { delete static_cast<Build*>(data); },
-            [](AIBinder* binder, transaction_code_t code, const AParcel*, AParcel* out) {
-                const auto& build = *static_cast<Build*>(AIBinder_getUserData(binder));
-                AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
-                if (code == kVersion) return AParcel_writeInt32(out, build.version);
-                if (code != kHash) return binder_status_t{STATUS_UNKNOWN_TRANSACTION};
-                const auto size = static_cast<int32_t>(build.hash.size());
-                return AParcel_writeString(out, build.hash.c_str(), size);
+    constexpr transaction_code_t kVersion = FIRST_CALL_TRANSACTION + 16777214;
+    constexpr transaction_code_t kHash = FIRST_CALL_TRANSACTION + 16777213;
+    return makeRawService([=](transaction_code_t code, const AParcel*, AParcel* out) {
+        AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
+        if (code == kVersion) return AParcel_writeInt32(out, version);
+        if (code != kHash) return binder_status_t{STATUS_UNKNOWN_TRANSACTION};
+        return AParcel_writeString(out, hash.c_str(), static_cast<int32_t>(hash.size()));
+    });
+}
+
+static ndk::SpAIBinder serviceOfAnotherInterface() {
+    static AIBinder_Class* const kAnother = AIBinder_Class_define(
+            "another", [](void*) -> void* { return nullptr; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) {
+                return binder_status_t{STATUS_OK};
             });
+    return ndk::SpAIBinder(AIBinder_new(kAnother, nullptr));
 }
-
-ndk::SpAIBinder serviceOf(const Build& build) {
-    static AIBinder_Class* const type = defineClass(IMirx::descriptor);
-    ndk::SpAIBinder binder(AIBinder_new(type, new Build(build)));
-    AIBinder_markVintfStability(binder.get());
-    return binder;
-}
-
-ndk::SpAIBinder serviceOfAnotherInterface() {
-    static AIBinder_Class* const type = defineClass("another");
-    return ndk::SpAIBinder(AIBinder_new(type, new Build{1, ""}));
-}
-
-}  // namespace
 
 class DoctorTest : public BinderTest {
   protected:
-    struct Report {
-        int code;
-        std::string failed;  // "step: finding"
-    };
-
-    // Expects "ok" of the steps before the failed one, "not tried" of those after it.
-    static Report examine(const dovcommon::Transport& transport) {
+    // Returns "exit code, step: finding" of the failed step. Expects "ok" of the steps before it,
+    // and "not tried" of those after it.
+    static std::string examine(const dovcommon::Transport& transport) {
         std::ostringstream out, err;
         TestWaiter waiter;
-        dovctl::Dovctl dovctl({out}, {err}, waiter, transport);
-        Report report{.code = dovctl.run({"doctor", "--json", "--timeout", patience()}),
-                      .failed = {}};
+        const int code = dovctl::Dovctl({out}, {err}, waiter, transport)
+                                 .run({"doctor", "--json", "--timeout", patience()});
         EXPECT_EQ(err.str(), "");
+        std::string failed;
         Json::Value steps;
         std::istringstream(out.str()) >> steps;
         for (const Json::Value& step : steps) {
             if (step["state"] == "failed") {
-                report.failed = step["step"].asString() + ": " + step["finding"].asString();
+                failed = std::to_string(code) + ", " + step["step"].asString() + ": " +
+                         step["finding"].asString();
                 EXPECT_NE(step["advice"], "") << "a failed step must give advice";
             } else {
-                EXPECT_EQ(step["state"], report.failed.empty() ? "ok" : "not tried") << step;
+                EXPECT_EQ(step["state"], failed.empty() ? "ok" : "not tried") << step;
             }
         }
-        return report;
+        return failed;
     }
-    static Report examine() {
-        if (overDriver()) return examine(dovcommon::transport());
-        return examine({.sockets = true, .place = folder(), .problem = {}});
+
+    static void expect(const std::string& failure) {
+        dovcommon::Transport transport{.sockets = true, .place = folder(), .problem = {}};
+        if (overDriver()) transport = dovcommon::transport();
+        EXPECT_THAT(examine(transport), testing::StartsWith(failure));
     }
 };
 
 TEST_F(DoctorTest, firstFailedStepIsNamedWithItsCause) {
-    struct Case {
-        std::function<void()> arrange;
-        std::string failure;
-        int code;
-    };
-    static const std::string fragment = folder() + "/malformed.xml";
+    const std::string fragment = folder() + "/malformed.xml";
     const std::string undeclared =
-            "declared: no VINTF manifest declares " + std::string(kServiceName);
+            "3, declared: no VINTF manifest declares " + std::string(kServiceName);
+    undeclare();
+    expect(undeclared);
+    std::ofstream(fragment) << "<manifest>";
+    expect(undeclared + (overDriver() ? "" : "; " + fragment + ": "));
+    std::filesystem::remove(fragment);
+    declare();
+    stopServing();
+    expect("3, running: it is declared, but no process has registered it");
+    serveAsItIs(serviceOfAnotherInterface());
+    expect("3, running: what is registered is another interface");
     const std::string version = std::to_string(IMirx::version);
-    const std::vector<Case> cases = {
-            {[] { undeclare(); }, undeclared, 3},
-            {[] { std::ofstream(fragment) << "<manifest>"; },
-             undeclared + (overDriver() ? "" : "; " + fragment + ": "), 3},
-            {[] { std::filesystem::remove(fragment), declare(), stopServing(); },
-             "running: it is declared, but no process has registered it", 3},
-            {[] { serveAsItIs(serviceOfAnotherInterface()); },
-             "running: what is registered is another interface", 3},
-            {[] {
-                 serveAsItIs(serviceOf({IMirx::version, "notfrozen"}));
-             },
-             "interface: version " + version + ", hash notfrozen; this client has version " +
-                     version + ", hash " + IMirx::hash,
-             1},
-            {[] {
-                 serveAsItIs(serviceOf({IMirx::version - 1, IMirx::hash}));
-             },
-             "interface: version 0", 1},
-            {[] {
-                 serveAsItIs(serviceOf({IMirx::version + 1, "later"}));
-             },
-             "init: init failed: ", 1},  // a later version is accepted, but it has no operations
-            {[this] { serve(); },
-             std::string("callbacks: the service held, but did not call back within ") +
-                     patience() + " ms",
-             1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.failure);
-        c.arrange();
-        const Report report = examine();
-        EXPECT_THAT(report.failed, testing::StartsWith(c.failure));
-        EXPECT_EQ(report.code, c.code);
-    }
+    serveAsItIs(serviceOf(IMirx::version, "notfrozen"));
+    expect("1, interface: version " + version + ", hash notfrozen; this client has version " +
+           version + ", hash " + IMirx::hash);
+    serveAsItIs(serviceOf(IMirx::version - 1, IMirx::hash));
+    expect("1, interface: version 0");
+    // A later version is accepted, but this one has no operations.
+    serveAsItIs(serviceOf(IMirx::version + 1, "later"));
+    expect("1, init: init failed: ");
+    serve();
+    expect(std::string("1, callbacks: the service held, but did not call back within ") +
+           patience() + " ms");
 }
 
 TEST_F(DoctorTest, missingDriverFailsTheTransportStep) {
     const dovcommon::Transport driver = dovcommon::transport();
     EXPECT_FALSE(driver.sockets) << "no other transport is linked into this program";
     if (driver.problem.empty()) GTEST_SKIP() << "this machine has a binder driver";
-    EXPECT_EQ(examine(driver).failed, "transport: /dev/binder: No such file or directory");
+    EXPECT_EQ(examine(driver), "3, transport: /dev/binder: No such file or directory");
 }
 
 // The programs themselves, whose transport depends on what is linked into them.

@@ -1,4 +1,4 @@
-// dovctl where its output cannot be written.
+// dovctl whose output is a terminal or cannot be written.
 #include "dovctl/dovctl.h"
 
 #include <sstream>
@@ -10,6 +10,16 @@
 
 using DovctlTest = BinderTest;
 
+TEST_F(DovctlTest, terminalGetsNoControlCharacters) {
+    std::ostringstream out, err;
+    TestWaiter waiter;
+    dovctl::Dovctl dovctl({out, true}, {err, true}, waiter);
+    EXPECT_EQ(dovctl.run({"\x1b[2J"}), 2);
+    EXPECT_EQ(err.str(), "dovctl: unknown command '\\x1b[2J'; try 'dovctl --help'\n");
+    EXPECT_EQ(dovctl.run({"help"}), 0);
+    EXPECT_THAT(out.str(), testing::HasSubstr("...\n"));
+}
+
 TEST_F(DovctlTest, handleThatCannotBePrintedIsReleased) {
     std::ostringstream err;
     std::ostream closed(nullptr);
@@ -18,7 +28,5 @@ TEST_F(DovctlTest, handleThatCannotBePrintedIsReleased) {
     EXPECT_EQ(err.str(),
               "released, because the handle cannot be written\n"
               "dovctl: cannot write the output: the stream is closed\n");
-    const auto calls = service->take();
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[1].operation, "release");
+    EXPECT_EQ(service->take().at(1).operation, "release");
 }

@@ -6,42 +6,31 @@
 
 using Resources = std::list<DovClient::Resource>;
 
-namespace {
-
-constexpr int32_t kResource = 0x01010010;
-
-}  // namespace
+static const std::vector<DovClient::Resource> kResources = {{0x01010010, "1"}};
 
 class HoldTest : public BinderTest {
   protected:
-    size_t releases() {
+    int64_t releases() {
         const std::vector<RecordedCall> calls = service->take();
-        return static_cast<size_t>(std::count_if(calls.begin(), calls.end(), [](const auto& call) {
-            return call.operation == "release";
-        }));
+        return std::count_if(calls.begin(), calls.end(),
+                             [](const auto& call) { return call.operation == "release"; });
     }
 };
 
-TEST_F(HoldTest, releasesOnce) {
+TEST_F(HoldTest, releasesOnceAndToTheServiceThatHolds) {
     service->answer = 7;
     {
         dov::Hold hold("VANTEL_ACTION_LAUNCH", "p", "i", 0);
-        EXPECT_TRUE(hold.holds());
         dov::Hold moved(std::move(hold));
         EXPECT_EQ(moved.handle(), 7);
         EXPECT_FALSE(hold);
         hold = std::move(moved);
-        EXPECT_EQ(releases(), 0u);
+        EXPECT_TRUE(hold.holds());
+        EXPECT_EQ(releases(), 0);
     }
-    EXPECT_EQ(releases(), 1u);
-    service->answer = -1;
-    EXPECT_FALSE(dov::Hold(3, "p", "i", 0));
-    EXPECT_EQ(releases(), 0u);
-}
-
-TEST_F(HoldTest, neverReleasesToALaterService) {
+    EXPECT_EQ(releases(), 1);
     {
-        const dov::Hold hold(std::vector<DovClient::Resource>{{kResource, "1"}}, "i", 0);
+        const dov::Hold hold(kResources, "i", 0);
         EXPECT_TRUE(hold.holds());
         endService(1);
         serve();
@@ -49,21 +38,23 @@ TEST_F(HoldTest, neverReleasesToALaterService) {
         EXPECT_TRUE(hold);
         EXPECT_FALSE(hold.holds());
     }
-    EXPECT_EQ(releases(), 0u);
+    service->answer = -1;
+    EXPECT_FALSE(dov::Hold(3, "p", "i", 0));
+    EXPECT_EQ(releases(), 0);
 }
 
 TEST_F(HoldTest, listenerSurvivesKills) {
     stopServing();
     std::atomic<int> calls = 0;
-    dov::Listener listener({{kResource, ""}}, [&](const Resources& changed) {
-        EXPECT_EQ(changed.front().opcode, kResource);
+    dov::Listener listener({{kResources[0].opcode, ""}}, [&](const Resources& changed) {
+        EXPECT_EQ(changed.front().opcode, kResources[0].opcode);
         ++calls;
     });
     for (int life = 0; life < 3; ++life) {
         const auto simulator = startSimulator();
         EXPECT_TRUE(eventually([&] { return listener.isRegistered(); }));
         calls = 0;
-        const dov::Hold hold(std::vector<DovClient::Resource>{{kResource, "1"}}, "i", 0);
+        const dov::Hold hold(kResources, "i", 0);
         EXPECT_TRUE(hold.holds());
         EXPECT_TRUE(eventually([&] { return calls == 1; }));
         simulator->signal(SIGKILL);

@@ -25,9 +25,6 @@ class ServicesTest : public BinderTest {
     static SocketServiceManager& manager() {
         return static_cast<SocketServiceManager&>(*android::defaultServiceManager());
     }
-    static void writeFragment(const std::string& text) {
-        std::ofstream(folder() + "/test.xml") << text;
-    }
     ~ServicesTest() override { std::filesystem::remove(folder() + "/test.xml"); }
 };
 
@@ -46,53 +43,41 @@ TEST_F(PlainServiceTest, servesUntilItsProcessEnds) {
 
 TEST_F(ServicesTest, fragmentsDeclareInstancesInBothForms) {
     undeclare();
-    const std::string begin = "<manifest><hal format=\"aidl\">", end = "</hal></manifest>";
-    const std::string xAndY = begin + "<name>a.b</name><fqname>I/x</fqname><fqname>I/y</fqname>";
+    const auto hal = [](const std::string& format, const std::string& content) {
+        return "<manifest><hal" + format + "><name>a.b</name>" + content + "</hal></manifest>";
+    };
+    const std::string aidl = " format=\"aidl\"", y = "<fqname>I/y</fqname>";
+    const std::string other = "<name>I</name><instance>z</instance><instance>y</instance>";
+    const std::string xAndY = hal(aidl, "<fqname>I/x</fqname>" + y);
     const std::vector<std::pair<std::string, bool>> fragments = {
-            {xAndY + end, true},
-            {begin +
-                     "<name>a.b</name><interface><name>I</name><instance>z</instance>"
-                     "<instance>y</instance></interface>" +
-                     end,
-             true},
-            {begin + "<name>a.b</name><fqname>I/x</fqname><fqname>I/yy</fqname>" + end, false},
-            {begin + "<fqname>I/y</fqname>" + end, false},
-            {"<manifest><hal format=\"hidl\"><name>a.b</name><fqname>I/y</fqname>" + end, false},
-            {"<manifest><hal><name>a.b</name><fqname>I/y</fqname>" + end, false},
-            {xAndY, false},
+            {hal(aidl, "<interface>" + other + "</interface>"), true},
+            {hal(aidl, "<fqname>I/x</fqname><fqname>I/yy</fqname>"), false},
+            {"<manifest><hal" + aidl + ">" + y + "</hal></manifest>", false},
+            {hal(" format=\"hidl\"", y), false},
+            {hal("", y), false},
+            {xAndY.substr(0, xAndY.size() - 1), false},
             {"<other/>", false},
-            {"", false},
+            {xAndY, true},
     };
     for (const auto& [fragment, declared] : fragments) {
-        writeFragment(fragment);
+        std::ofstream(folder() + "/test.xml") << fragment;
         EXPECT_EQ(AServiceManager_isDeclared("a.b.I/y"), declared) << fragment;
     }
-    writeFragment(xAndY + end);
     const auto instances = manager().getDeclaredInstances(String16("a.b.I"));
     EXPECT_EQ(std::vector(instances.begin(), instances.end()),
               (std::vector{String16("x"), String16("y")}));
 }
 
 TEST_F(ServicesTest, undeclaredServiceIsRefused) {
-    EXPECT_EQ(AServiceManager_addService(service->asBinder().get(), "a.b.IFoo/default"),
-              STATUS_PERMISSION_DENIED);
+    const auto add = [&] {
+        return AServiceManager_addService(service->asBinder().get(), "a.b.I/c");
+    };
+    EXPECT_EQ(add(), STATUS_PERMISSION_DENIED);
     EXPECT_EQ(manager().listServices(0).size(), 1u);
-    EXPECT_EQ(hostbinder::declareInstance(folder(), "a.b.IFoo/default"), "");
-    EXPECT_EQ(AServiceManager_addService(service->asBinder().get(), "a.b.IFoo/default"), STATUS_OK);
-    manager().removeService(String16("a.b.IFoo/default"));
+    EXPECT_EQ(hostbinder::declareInstance(folder(), "a.b.I/c"), "");
+    EXPECT_EQ(add(), STATUS_OK);
+    manager().removeService(String16("a.b.I/c"));
     std::filesystem::remove(folder() + "/a.b-service.xml");
-}
-
-TEST_F(ServicesTest, secondRegistrationReplacesTheFirst) {
-    const auto first = manager().checkService(String16(kServiceName));
-    EXPECT_EQ(manager().checkService(String16(kServiceName)), first) << "one proxy for all";
-    const auto successor = ndk::SharedRefBase::make<RecordingService>();
-    serve(successor->asBinder());
-    EXPECT_NE(manager().checkService(String16(kServiceName)), first);
-    const ndk::SpAIBinder now(AServiceManager_checkService(kServiceName));
-    EXPECT_TRUE(aidl::vendor::tavro::hardware::mirx::IMirx::fromBinder(now)->init().isOk());
-    EXPECT_EQ(successor->take().size(), 1u);
-    EXPECT_TRUE(service->take().empty());
 }
 
 TEST_F(ServicesTest, removedServiceLeavesNoThreads) {
@@ -117,8 +102,6 @@ TEST_F(ServicesTest, foldersOpenToOthersAreRefused) {
     std::filesystem::create_symlink(BinderTest::folder(), folder);
     EXPECT_EQ(SocketServiceManager::make(folder, &error), nullptr) << "a symbolic link is refused";
     std::filesystem::remove(folder);
-    EXPECT_EQ(SocketServiceManager::make("/proc/none/such", &error), nullptr);
-    EXPECT_THAT(error, testing::HasSubstr("No such file"));
 }
 
 TEST_F(ServicesTest, tooLongSocketPathIsAnError) {
@@ -127,21 +110,16 @@ TEST_F(ServicesTest, tooLongSocketPathIsAnError) {
     const auto deep = SocketServiceManager::make(folder, &error);
     ASSERT_NE(deep, nullptr) << error;
     std::filesystem::copy(MIRX_FRAGMENT, folder);
-    EXPECT_EQ(deep->addService(String16(kServiceName),
-                               AIBinder_toPlatformBinder(service->asBinder().get()), false, 0),
-              -ENAMETOOLONG);
+    const auto binder = AIBinder_toPlatformBinder(service->asBinder().get());
+    EXPECT_EQ(deep->addService(String16(kServiceName), binder, false, 0), -ENAMETOOLONG);
     std::filesystem::remove_all(folder);
 }
 
 TEST_F(ServicesTest, getServiceTimesOutWithoutPolling) {
     manager().removeService(String16(kServiceName));
-    timespec used = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
-    const auto before = std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
     const auto start = std::chrono::steady_clock::now();
+    const clock_t before = clock();  // of all threads
     EXPECT_EQ(manager().getService(String16(kServiceName)), nullptr);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4900));
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
-    const auto after = std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
-    EXPECT_LT(after - before, std::chrono::milliseconds(500)) << "it polled";
+    EXPECT_LT(clock() - before, CLOCKS_PER_SEC / 2) << "it polled";
 }

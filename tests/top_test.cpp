@@ -21,12 +21,9 @@ class TopTest : public BinderTest {
 
     void startTop() {
         winsize size = {.ws_row = 6, .ws_col = 60, .ws_xpixel = 0, .ws_ypixel = 0};
-        before.c_iflag = ICRNL | IXON;
-        before.c_oflag = OPOST | ONLCR;
-        before.c_cflag = CS8 | CREAD | B38400;
-        before.c_lflag = ISIG | ICANON | ECHO | IEXTEN;
-        before.c_cc[VINTR] = 3;
-        before.c_cc[VMIN] = 1;
+        ASSERT_EQ(openpty(&terminal, &program, nullptr, nullptr, &size), 0);
+        tcgetattr(terminal, &before);  // the defaults
+        close(terminal), close(program);
         program = forkpty(&terminal, nullptr, &before, &size);
         if (program == 0) {
             execl(DOVCTL, DOVCTL, "top", "--interval", "20", nullptr);
@@ -38,18 +35,11 @@ class TopTest : public BinderTest {
     // What the program shows until it has shown `text` so many times; ends after a minute.
     std::string shownUntil(const std::string& text, int times) {
         std::string shown;
-        for (size_t at = 0; times > 0;) {
-            if (const size_t found = shown.find(text, at); found != std::string::npos) {
-                at = found + 1;
-                --times;
-                continue;
-            }
-            pollfd event = {.fd = terminal, .events = POLLIN, .revents = 0};
-            char buffer[4096];
-            if (poll(&event, 1, 60'000) <= 0) break;
-            const ssize_t length = read(terminal, buffer, sizeof(buffer));
-            if (length <= 0) break;
-            shown.append(buffer, static_cast<size_t>(length));
+        pollfd event = {.fd = terminal, .events = POLLIN, .revents = 0};
+        char letter = 0;
+        while (times > 0 && poll(&event, 1, 60'000) > 0 && read(terminal, &letter, 1) == 1) {
+            shown += letter;
+            if (shown.ends_with(text)) --times;
         }
         EXPECT_EQ(times, 0) << "it does not show " << testing::PrintToString(text);
         return shown;
@@ -61,9 +51,7 @@ class TopTest : public BinderTest {
 };
 
 TEST_F(TopTest, redrawsUntilQuitAndRestoresTheTerminal) {
-    if (getenv("DOV_EMULATOR") != nullptr) {
-        GTEST_SKIP() << "this test starts dovctl without the emulator";
-    }
+    if (getenv("DOV_EMULATOR") != nullptr) GTEST_SKIP() << "starts dovctl without the emulator";
     const auto simulator = startSimulator();
     DovResAcquire({{0x01010010, "900000"}}, "", "me", 0);
     const std::vector<std::function<void()>> waysToQuit = {
