@@ -55,7 +55,6 @@ TEST_F(HoldTest, listenerSurvivesKills) {
         EXPECT_TRUE(eventually([&] { return listener.isRegistered(); }));
         calls = 0;
         const dov::Hold hold(kResources, "i", 0);
-        EXPECT_TRUE(hold.holds());
         EXPECT_TRUE(eventually([&] { return calls == 1; }));
         simulator->signal(SIGKILL);
         simulator->wait();
@@ -74,10 +73,9 @@ TEST_F(HoldTest, listenerMayEndInItsCallback) {
             });
     const RecordedCall call = service->awaitCall();
     ASSERT_TRUE(eventually([&] { return listener->isRegistered(); }));
-    MirxRequestData data;
-    data.path = "/a";
-    call.callback->onCallback({data});
+    const std::vector<MirxRequestData> data = {{.path = "/a"}};
+    call.callback->onCallback(data);
     EXPECT_EQ(service->awaitCall().operation, "listeningUnregister");
-    call.callback->onCallback({data});
+    call.callback->onCallback(data);
     EXPECT_EQ(calls, 1);
 }

@@ -2,7 +2,8 @@
 #include "simulator/profile.h"
 
 #include <android-base/file.h>
-#include <gmock/gmock.h>
+#include <android-base/strings.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/data.h"
 
@@ -56,7 +57,6 @@ TEST(ProfileTest, badProfileIsRefusedWithItsLineAndReason) {
              "3: <resource> opcode=\"0\" names no resource"},
             {event("<resource opcode='0x100000000' value='1'/>"),
              "3: <resource> opcode=\"0x100000000\" is not a 32-bit number"},
-            {event("<resource opcode='1'/>"), "3: <resource> needs value=\"…\""},
             {event(set + "\n<resource opcode='2' value=''/>"), "4: <resource> needs value=\"…\""},
             {event("<resource opcode='1' value='2'><more/></resource>"),
              "3: <more> does not belong here"},
@@ -77,11 +77,10 @@ TEST(ProfileTest, exampleOfTheDocumentMeansWhatItSays) {
     example.erase(0, example.find("```xml\n") + 7);
     const auto profile = read(example.substr(0, example.find("```\n")), error);
     ASSERT_TRUE(profile) << error;
-    EXPECT_THAT(
-            profile->describe(),
-            testing::ElementsAre(
-                    R"(event 0 ACTION_LAUNCH [{id=0x01010010 value="1500000"} {id=0x01010020 value="2000000"}])",
-                    R"(scene 1 video playback [{id=0x010100c0 value="1200000"} {id=0 value="2048" path="/sys/block/sda/queue/read_ahead_kb"}])",
-                    R"(rule 10 power saving [{id=0x010100a0 value="1200000"}])",
-                    R"(rule 10 status 2 extreme power saving [{id=0x010100a0 value="800000"}])"));
+    EXPECT_EQ(
+            android::base::Join(profile->describe(), '\n'),
+            R"(event 0 ACTION_LAUNCH [{id=0x01010010 value="1500000"} {id=0x01010020 value="2000000"}]
+scene 1 video playback [{id=0x010100c0 value="1200000"} {id=0 value="2048" path="/sys/block/sda/queue/read_ahead_kb"}]
+rule 10 power saving [{id=0x010100a0 value="1200000"}]
+rule 10 status 2 extreme power saving [{id=0x010100a0 value="800000"}])");
 }

@@ -136,10 +136,7 @@ class SessionTest : public BinderTest, public testing::WithParamInterface<std::s
     Lines run(const std::string& command, Lines output) {
         Lines words = wordsOf(command);
         const std::string what = words.front(), last = words.back();
-        if (what == "simulator") {
-            start("it", words);
-            return end("it");
-        }
+        if (what == "simulator") return start("it", words), end("it");
         words.erase(words.begin());
         if (what == "dovctl") return runDovctl(words);
         if (what.ends_with(":")) {
