@@ -5,6 +5,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <android/binder_libbinder.h>
+#include <binder/Binder.h>
 #include <gmock/gmock.h>
 #include <json/json.h>
 
@@ -30,15 +32,6 @@ static ndk::SpAIBinder serviceOf(int32_t version, const std::string& hash) {
         if (code != kHash) return binder_status_t{STATUS_UNKNOWN_TRANSACTION};
         return AParcel_writeString(out, hash.c_str(), static_cast<int32_t>(hash.size()));
     });
-}
-
-static ndk::SpAIBinder serviceOfAnotherInterface() {
-    static AIBinder_Class* const kAnother = AIBinder_Class_define(
-            "another", [](void*) -> void* { return nullptr; }, [](void*) {},
-            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) {
-                return binder_status_t{STATUS_OK};
-            });
-    return ndk::SpAIBinder(AIBinder_new(kAnother, nullptr));
 }
 
 class DoctorTest : public BinderTest {
@@ -82,7 +75,8 @@ TEST_F(DoctorTest, firstFailedStepIsNamedWithItsCause) {
     declare();
     stopServing();
     expect("3, running: it is declared, but no process has registered it");
-    serveAsItIs(serviceOfAnotherInterface());
+    const auto another = android::sp<android::BBinder>::make();
+    serveAsItIs(ndk::SpAIBinder(AIBinder_fromPlatformBinder(another)));
     expect("3, running: what is registered is another interface");
     const std::string version = std::to_string(IMirx::version);
     serveAsItIs(serviceOf(IMirx::version, "notfrozen"));
