@@ -65,12 +65,11 @@ TEST_F(HoldTest, listenerSurvivesKills) {
 TEST_F(HoldTest, listenerMayEndInItsCallback) {
     std::atomic<int> calls = 0;
     std::unique_ptr<dov::Listener> listener;
-    listener = std::make_unique<dov::Listener>(
-            std::vector<std::string>{"/a"},
-            [&](const std::vector<std::string>&, const std::vector<std::string>&) {
-                ++calls;
-                listener = nullptr;
-            });
+    const std::vector<std::string> paths = {"/a"};
+    listener = std::make_unique<dov::Listener>(paths, [&](const auto&, const auto&) {
+        ++calls;
+        listener = nullptr;
+    });
     const RecordedCall call = service->awaitCall();
     ASSERT_TRUE(eventually([&] { return listener->isRegistered(); }));
     const std::vector<MirxRequestData> data = {{.path = "/a"}};
