@@ -8,14 +8,13 @@ using Resources = std::list<DovClient::Resource>;
 
 static const std::vector<DovClient::Resource> kResources = {{0x01010010, "1"}};
 
-class HoldTest : public BinderTest {
-  protected:
-    int64_t releases() {
-        const std::vector<RecordedCall> calls = service->take();
-        return std::count_if(calls.begin(), calls.end(),
-                             [](const auto& call) { return call.operation == "release"; });
-    }
-};
+using HoldTest = BinderTest;
+
+static int64_t releasesOf(RecordingService& service) {
+    const std::vector<RecordedCall> calls = service.take();
+    return std::count_if(calls.begin(), calls.end(),
+                         [](const auto& call) { return call.operation == "release"; });
+}
 
 TEST_F(HoldTest, releasesOnceAndToTheServiceThatHolds) {
     service->answer = 7;
@@ -26,9 +25,9 @@ TEST_F(HoldTest, releasesOnceAndToTheServiceThatHolds) {
         EXPECT_FALSE(hold);
         hold = std::move(moved);
         EXPECT_TRUE(hold.holds());
-        EXPECT_EQ(releases(), 0);
+        EXPECT_EQ(releasesOf(*service), 0);
     }
-    EXPECT_EQ(releases(), 1);
+    EXPECT_EQ(releasesOf(*service), 1);
     {
         const dov::Hold hold(kResources, "i", 0);
         EXPECT_TRUE(hold.holds());
@@ -40,7 +39,7 @@ TEST_F(HoldTest, releasesOnceAndToTheServiceThatHolds) {
     }
     service->answer = -1;
     EXPECT_FALSE(dov::Hold(3, "p", "i", 0));
-    EXPECT_EQ(releases(), 0);
+    EXPECT_EQ(releasesOf(*service), 0);
 }
 
 TEST_F(HoldTest, listenerSurvivesKills) {

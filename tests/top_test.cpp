@@ -17,8 +17,6 @@ using testing::HasSubstr;
 // A terminal of six rows on which dovctl top runs.
 class TopTest : public BinderTest {
   protected:
-    TopTest() { stopServing(); }
-
     void startTop() {
         winsize size = {.ws_row = 6, .ws_col = 60, .ws_xpixel = 0, .ws_ypixel = 0};
         ASSERT_EQ(openpty(&terminal, &program, nullptr, nullptr, &size), 0);
