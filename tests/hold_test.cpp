@@ -4,8 +4,6 @@
 
 #include "tests/support/test_services.h"
 
-using Resources = std::list<DovClient::Resource>;
-
 static const std::vector<DovClient::Resource> kResources = {{0x01010010, "1"}};
 
 using HoldTest = BinderTest;
@@ -45,10 +43,11 @@ TEST_F(HoldTest, releasesOnceAndToTheServiceThatHolds) {
 TEST_F(HoldTest, listenerSurvivesKills) {
     stopServing();
     std::atomic<int> calls = 0;
-    dov::Listener listener({{kResources[0].opcode, ""}}, [&](const Resources& changed) {
-        EXPECT_EQ(changed.front().opcode, kResources[0].opcode);
-        ++calls;
-    });
+    dov::Listener listener({{kResources[0].opcode, ""}},
+                           [&](const std::list<DovClient::Resource>& changed) {
+                               EXPECT_EQ(changed.front().opcode, kResources[0].opcode);
+                               ++calls;
+                           });
     for (int life = 0; life < 3; ++life) {
         const auto simulator = startSimulator();
         EXPECT_TRUE(eventually([&] { return listener.isRegistered(); }));

@@ -67,8 +67,6 @@ TEST(ProfileTest, badProfileIsRefusedWithItsLineAndReason) {
         EXPECT_FALSE(read(text, error)) << text;
         EXPECT_EQ(error, reason) << text;
     }
-    EXPECT_FALSE(Profile::read("/proc/none/such", &error));
-    EXPECT_EQ(error, "/proc/none/such: No such file or directory");
 }
 
 TEST(ProfileTest, exampleOfTheDocumentMeansWhatItSays) {

@@ -82,10 +82,7 @@ TEST_F(ServicesTest, undeclaredServiceIsRefused) {
 TEST_F(ServicesTest, removedServiceLeavesNoThreads) {
     stopServing();
     const Holdings before;
-    for (int i = 0; i < 20; ++i) {
-        serve();
-        stopServing();
-    }
+    for (int i = 0; i < 20; ++i) serve(), stopServing();
     EXPECT_TRUE(eventually([&] { return Holdings().threads <= before.threads; })) << Holdings();
 }
 
