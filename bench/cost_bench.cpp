@@ -17,7 +17,7 @@
 #include "bench/literal.h"
 #include "bench/operations.h"
 #include "bench/seam.h"
-#include "tests/support/allocations.h"
+#include "bench/allocations.h"
 
 using DovClient::Resource;
 namespace literal = bench::literal;

@@ -10,6 +10,7 @@
 
 #include <aidl/vendor/tavro/hardware/mirx/BnMirxCallback.h>
 
+#include "dovctl/process.h"
 #include "tests/support/holdings.h"
 #include "tests/support/test_services.h"
 
@@ -48,6 +49,9 @@ class OtherInterface : public aidl::vendor::tavro::hardware::mirx::BnMirxCallbac
 class BindingTest : public BinderTest {
   protected:
     static void initEvents() { dovInit(); }
+
+    // The pid of the service according to the service manager; 0 if there is none.
+    static pid_t servingProcess() { return dovctl::serviceProcess(std::chrono::minutes(1)).pid; }
 
     bool hasLogged(const LogLine& line, long count = 1) {
         for (LogLine& logged : log.take()) mLines.push_back(std::move(logged));
@@ -129,6 +133,26 @@ TEST_F(BindingTest, bothBindingsBindAgainAfterTheServicesDeath) {
         EXPECT_EQ(service->take().size(), 2u);
         mLines.clear();
     }
+}
+
+TEST_F(BindingTest, killedServiceIsReplacedByItsSuccessor) {
+    stopServing();
+    auto simulator = startSimulator();
+    EXPECT_EQ(dovInit(), 0);
+    simulator->signal(SIGKILL);
+    EXPECT_EQ(simulator->wait(), -SIGKILL);
+    EXPECT_TRUE(eventually([] { return servingProcess() == 0; }));
+    // Each call fails at once, whether the death notice has arrived or not.
+    EXPECT_LT(dovInit(), 0);
+    EXPECT_EQ(dovInit(), -1);
+    EXPECT_EQ(DovEventAcquire(1, "p", "i", 0, {}), -1);
+
+    std::thread waiting(mirxHalclient::mirx_init);
+    simulator = startSimulator();
+    waiting.join();
+    EXPECT_EQ(servingProcess(), simulator->pid());
+    EXPECT_GT(DovEventAcquireOneWay(1, "p", "i", 0, {}), 0);
+    EXPECT_THAT(simulator->readUntil("one-way"), testing::HasSubstr("event acquire (8)"));
 }
 
 // Commands that a thread has queued reach the driver only with its next call.

@@ -176,18 +176,12 @@ class LoadTest : public BinderTest {
 
     // Listens to changes that the other threads cause, again and again.
     void listen() {
-        const auto unregister = std::find_if(
-                operations().begin(), operations().end(), [](const Operation& operation) {
-                    return std::string_view(operation.name) == "mirxResListeningUnRegister";
-                });
         while (true) {
             const std::shared_lock running(mRunning);
             if (mDone) return;
-            const int handle = registerListener(7, mListener);
+            registerListener(7, mListener);
             std::this_thread::sleep_for(1ms);
-            // The registration remains if another thread has just dropped the proxy.
-            for (int i = 0; i < 3 && unregister->call(handle) == "-1"; ++i) {
-            }
+            endRegistration();
         }
     }
 

@@ -118,3 +118,22 @@ TEST_F(ServicesTest, getServiceTimesOutWithoutPolling) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4900));
     EXPECT_LT(clock() - before, CLOCKS_PER_SEC / 2) << "it polled";
 }
+
+TEST_F(ServicesTest, onlyTheOwnersLiveSocketRemains) {
+    stopServing();
+    for (int i = 0; i < 3; ++i) {
+        const auto simulator = startSimulator();
+        simulator->signal(SIGKILL);
+        simulator->wait();
+    }
+    const auto simulator = startSimulator();
+    int files = 0, sockets = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+        ++files;
+        if (!entry.is_socket()) continue;
+        ++sockets;
+        EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << entry.path();
+    }
+    EXPECT_EQ(sockets, 1);
+    EXPECT_EQ(files, 3) << "fragment, registration and socket";
+}

@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/allocations.h"
 #include "tests/support/shown.h"
 #include "wrapper/action_index.h"
 
@@ -67,14 +66,13 @@ TEST(ActionTest, everyNameMapsToItsFirstId) {
     EXPECT_EQ(findAction("VANTEL_ACTION_CAMERA_APS_INNER_THDR_CAPTURE_L1"), 198);
 }
 
-TEST(ActionTest, similarNamesAreNotFoundNorAllocate) {
+TEST(ActionTest, similarNamesAreNotFound) {
     for (const std::string& name : gActionList) {
         for (const std::string& eventId :
              {name, "XVANTEL_" + name, "vantel_" + name, "VANTEL_" + name + " ", "XXXXXXX" + name,
               "VANTEL_" + name.substr(1), "VANTEL_" + name.substr(0, name.size() - 1) + "?",
               "VANTEL_" + name + std::string(1, '\0')}) {
             EXPECT_EQ(findAction(eventId), std::nullopt) << eventId;
-            EXPECT_EQ(allocationsOf([&] { findAction(eventId); }), 0u);
         }
     }
     for (const std::string eventId : {"", "VANTEL_", "VANTEL_ACTION_NONE"}) {

@@ -96,7 +96,9 @@ int registerListener(int opcode, const std::shared_ptr<IClientCallback>& callbac
 void endRegistration() {
     if (gRegistered == -1) return;
     std::shared_lock lock(gThermal);
-    mirxResListeningUnRegister(gRegistered);
+    // The registration remains if another thread has just dropped the proxy.
+    for (int i = 0; i < 3 && mirxResListeningUnRegister(gRegistered) == -1; ++i) {
+    }
     gRegistered = -1;
 }
 

@@ -1,5 +1,5 @@
 // Counts allocations.
-#include "tests/support/allocations.h"
+#include "bench/allocations.h"
 
 #include <cstdlib>
 #include <new>
