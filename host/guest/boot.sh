@@ -43,7 +43,7 @@ case $task in
     tests | vendor)
         filter=${5:-*}
         if [ "$task" = vendor ]; then
-            filter=${5:-BindingTest.*:DeathTest.*:AcquireTest.*:LoadTest.*}
+            filter=${5:-BindingTest.*:OperationsTest.*:ListeningTest.*:LoadTest.*}
             preload=$build/tests/platform/libvendor_process.so
             stripped "$preload"
         fi
