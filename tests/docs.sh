@@ -64,7 +64,7 @@ samples docs/scenes.md text | diff - <("$build/dovctl/dovctl" scenes) || complai
 diff docs/commands.md <(docs/commands.sh "$build") || complain "commands.md: the help differs; ./dev docs writes this page"
 
 # README.md: the demo prints the output that is shown. Numbers that change in each run are ignored.
-paragraphs() { sed -E 's/[0-9]{4,}/N/g' | tr '\n' '\1' | sed 's/\x01\x01/\n/g' | sed 's/\x01$//'; }
+paragraphs() { sed -E 's/[0-9]{4,}|(-9 )[0-9]+/\1N/g' | tr '\n' '\1' | sed 's/\x01\x01/\n/g' | sed 's/\x01$//'; }
 host/demo.sh "$build" 2>&1 | paragraphs > "$work/demo"
 samples README.md text | { paragraphs; echo; } > "$work/shown"
 [ "$(wc -l < "$work/shown")" -gt 1 ] || complain "README.md shows nothing of the demo"
