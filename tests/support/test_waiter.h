@@ -16,5 +16,5 @@ class TestWaiter : public dovctl::Waiter {
 
 // Milliseconds within which a service answers a call, also if the machine is emulated.
 inline const char* patience() {
-    return overDriver() || getenv("DOV_EMULATOR") != nullptr ? "29999" : "2999";
+    return overDriver() || getenv("DOV_EMULATOR") != nullptr ? "9999" : "2999";
 }
