@@ -63,7 +63,8 @@ run_here() {
     local title=$2 report=build/test-report.xml tests failures skipped
     say "running the tests, $title"
     rm -f $report
-    ctest --test-dir "build/$1" -j "$(nproc)" --output-on-failure --output-junit "$PWD/$report" || failed=1
+    # Most tests wait longer than they compute.
+    ctest --test-dir "build/$1" -j $((2 * $(nproc))) --output-on-failure --output-junit "$PWD/$report" || failed=1
     read -r tests failures skipped <<< "$(xmllint --xpath \
         'concat(/testsuite/@tests, " ", /testsuite/@failures, " ", /testsuite/@skipped)' $report)"
     [ -n "$skipped" ] || die "the tests left no report"
