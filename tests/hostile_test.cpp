@@ -192,7 +192,7 @@ TEST_F(HostileTest, callsSurviveAServiceDeathAtAnyByte) {
         std::list<DovClient::Resource> asked = {{n, {}}}, out;
         dovInit();
         DovEventAcquire(1, "p", "i", 0, {});
-        const int registered = registerListener(n, std::make_shared<Heard>());
+        const int registered = registerListener({{n, {}}}, std::make_shared<Heard>());
         mirxHalclient::mirxResStateRequest(asked, 1, out);
         mirxHalclient::mirxResCtlRelease(1);
         return registered;

@@ -8,6 +8,7 @@
 #include <set>
 #include <shared_mutex>
 #include <thread>
+#include <utility>
 
 #include <android-base/thread_annotations.h>
 
@@ -170,19 +171,27 @@ class LoadTest : public BinderTest {
             const Operation& operation = operations()[random() % operations().size()];
             const int n = mLedger.begin(operation);
             mLedger.returned(n, operation.call(n));
-            endRegistration();
+            unregister();
         }
     }
 
     // Listens to changes that the other threads cause, again and again.
     void listen() {
-        while (true) {
+        for (int n = 0;; ++n) {
             const std::shared_lock running(mRunning);
             if (mDone) return;
-            registerListener(7, mListener);
+            // A list that is still registered would be refused, so each differs.
+            registerListener({{7, {}}, {-n, {}}}, mListener);
             std::this_thread::sleep_for(1ms);
-            endRegistration();
+            unregister();
         }
+    }
+
+    void unregister() {
+        const int handle = endRegistration();
+        if (handle == -1) return;
+        std::lock_guard lock(mMutex);
+        mRemaining.push_back(handle);
     }
 
     // Waits until no call is running.
@@ -237,6 +246,11 @@ class LoadTest : public BinderTest {
         });
         Holdings least;
         runService([&] {
+            bind();
+            std::lock_guard lock(mMutex);
+            for (const int handle : std::exchange(mRemaining, {})) {
+                mirxHalclient::mirxResListeningUnRegister(handle);
+            }
             // The transport's threads outlive their connections.
             const auto end = Clock::now() + kLongestCall;
             for (int same = 0; same < 20 && Clock::now() < end; ++same) {
@@ -252,6 +266,10 @@ class LoadTest : public BinderTest {
         return least;
     }
 
+    std::mutex mMutex;
+    // The handles of registrations that a service's death kept from being ended. By contract they
+    // remain in the library's registry.
+    std::vector<int> mRemaining GUARDED_BY(mMutex);
     int mKills = 0;
     Ledger mLedger;
     std::shared_ptr<Listener> mListener = std::make_shared<Listener>();

@@ -84,8 +84,8 @@ run_guest() {
 soak() {  # soak PRESET SECONDS
     [[ $2 =~ ^[0-9]+$ ]] || die "soak: '$2' is no number of seconds"
     build "$1" binder_tests
-    # Makes the heap's figure exact, as in tests/CMakeLists.txt.
-    if ! GLIBC_TUNABLES=glibc.malloc.tcache_count=0 DOV_LOAD_SECONDS=$2 \
+    # Makes the figures for memory exact, as in tests/CMakeLists.txt.
+    if ! GLIBC_TUNABLES=glibc.malloc.tcache_count=0:glibc.malloc.arena_max=1 DOV_LOAD_SECONDS=$2 \
         "build/$1/tests/binder_tests" --gtest_brief=1 --gtest_filter='LoadTest.*'; then
         echo "soak: FAILED"
         return 1

@@ -87,19 +87,21 @@ std::string stateOf(int32_t opcode) {
 
 }  // namespace
 
-int registerListener(int opcode, const std::shared_ptr<IClientCallback>& callback) {
-    Resources resources = {{opcode, {}}};
-    registered([&] { return mirxResListeningRegister(resources, opcode, callback); });
+int registerListener(Resources resources, const std::shared_ptr<IClientCallback>& callback) {
+    const int pid = resources.front().opcode;
+    registered([&] { return mirxResListeningRegister(resources, pid, callback); });
     return gRegistered;
 }
 
-void endRegistration() {
-    if (gRegistered == -1) return;
+int endRegistration() {
+    const int handle = std::exchange(gRegistered, -1);
+    if (handle == -1) return -1;
     std::shared_lock lock(gThermal);
     // The registration remains if another thread has just dropped the proxy.
-    for (int i = 0; i < 3 && mirxResListeningUnRegister(gRegistered) == -1; ++i) {
+    for (int i = 0; i < 3; ++i) {
+        if (mirxResListeningUnRegister(handle) != -1) return -1;
     }
-    gRegistered = -1;
+    return handle;
 }
 
 const std::vector<Operation>& operations() {
@@ -129,7 +131,7 @@ const std::vector<Operation>& operations() {
          "bI mirx client mirxSACtlRequest add to request_callbacks"},
         {"mirxSACtlRelease", "release", kNumber, "5", called<mirxSACtlRelease>},
         {"mirxResListeningRegister", "listeningRegister", kNumber, "pid 5 {5 ''} callback",
-         [](int n) { return text(registerListener(n, kDeaf)); }, "3", "-1",
+         [](int n) { return text(registerListener({{n, {}}}, kDeaf)); }, "3", "-1",
          "I mirxResListeningRegister\nf mirx_res_listening_register_map\n"
          "sI A callback has been registered to Mirx HAL "},
         {"mirxResListeningUnRegister", "listeningUnregister", kNumber, "5",

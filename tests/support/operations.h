@@ -1,11 +1,13 @@
 // A table of every call that the library makes to its service.
 #pragma once
 
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <dov/ClientCallback.h>
+#include <dov/Resource.h>
 
 // The service's answer to an operation, besides the status.
 enum class Reply { kNone, kNumber, kText, kData, kOneWay };
@@ -36,10 +38,12 @@ struct Operation {
 // All operations, in the order of the headers.
 const std::vector<Operation>& operations();
 
-// Registers `callback` for a resource and returns the handle. Never runs in parallel with a thermal
+// Registers `callback` for resources and returns the handle. Never runs in parallel with a thermal
 // registration of the table, because the library has no lock for those.
-int registerListener(int opcode, const std::shared_ptr<IClientCallback>& callback);
+int registerListener(std::list<DovClient::Resource> resources,
+                     const std::shared_ptr<IClientCallback>& callback);
 
-// Unregisters the last registration of the calling thread, if there is one. Until then the same `n`
-// cannot be registered again.
-void endRegistration();
+// Unregisters the last registration of the calling thread, if there is one. Until then the same
+// list cannot be registered again. Returns its handle if it may remain registered, because no
+// service was bound; otherwise -1.
+int endRegistration();
