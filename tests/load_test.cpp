@@ -302,7 +302,10 @@ TEST_F(LoadTest, killsCauseNoHangNoLeakAndNoWrongAnswer) {
     run(enough / 5, start + time / 5);  // until all one-time objects exist
     const Holdings fifth = measure();
     run(enough, start + time);
-    const Holdings last = measure();
+    Holdings last = measure();
+    // What the callers' last answers leave varies by some 50 KiB; a leak stays.
+    const size_t noise = (heapIsExact() ? size_t{64} : size_t{1024}) * 1024;
+    for (int i = 0; i < 3 && last.heap > fifth.heap + noise; ++i) last = measure();
     runService([&] {
         // On a busy machine, a short life may end before a listener is called.
         EXPECT_TRUE(eventually([&] { return mListener->calls > 0; }));
@@ -321,7 +324,7 @@ TEST_F(LoadTest, killsCauseNoHangNoLeakAndNoWrongAnswer) {
     const size_t pool = overDriver() ? callers.size() + 3 + kDriverThreads : 0;
     EXPECT_LE(last.threads, std::max(fifth.threads, pool));
     if (!kMemoryTells) return;
-    EXPECT_LE(last.heap, fifth.heap + (heapIsExact() ? size_t{64} : size_t{1024}) * 1024);
+    EXPECT_LE(last.heap, fifth.heap + noise);
     // The C library keeps the stacks of the largest number of simultaneous threads. An emulator
     // keeps memory for every thread that ever existed.
     if (getenv("DOV_EMULATOR") == nullptr) {
