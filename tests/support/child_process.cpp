@@ -63,8 +63,10 @@ std::optional<std::string> ChildProcess::line(steady_clock::time_point end) {
     }
     std::string line = mUnread.substr(0, length);
     mUnread.erase(0, length + 1);
-    // A sanitizer's symbolizer complains on the program's standard error.
-    if (line.starts_with("LLVMSymbolizer: ")) return this->line(end);
+    // A sanitizer's symbolizer complains on the program's standard error, and aborts if the program
+    // ends before it. Programs with libc++ use other words.
+    for (const char* const words : {"LLVM", "pure virtual method called", "terminate called"})
+        if (line.starts_with(words)) return this->line(end);
     return line;
 }
 
